@@ -1,0 +1,95 @@
+#pragma once
+
+/// The public types by name, for headers that only point to them.
+
+#include <cstdint>
+
+namespace tessarine {
+
+// Values and addresses
+class TText;
+class TTextArg;
+struct TCellAddress;
+struct TCellRange;
+struct TCellValue;
+struct TValueView;
+enum class TCellErrorCode : uint8_t;
+enum class TCellValueKind : uint8_t;
+enum class TSheetVisibility : uint8_t;
+enum class TTessarineFileFormat : uint8_t;
+
+// Formats
+class TTessarineStyleSheet;
+class TTessarineTheme;
+struct TBorderSide;
+struct TCellAlignmentInfo;
+struct TCellBorderInfo;
+struct TCellFillInfo;
+struct TCellFontInfo;
+struct TCellFormat;
+struct TColorRef;
+struct TNumberFillSplit;
+struct TNumberFormatColor;
+
+// Workbook, sheet and cell
+class TWorkbook;
+class TWorksheet;
+struct TCell;
+struct TRichTextRun;
+struct TSheetViewOptions;
+struct TSparklineData;
+
+// What a sheet owns
+class IDigitMeasurer;
+class THyperlinkList;
+class TMergedCellList;
+class TRowColSizing;
+class TSheetTable;
+class TSheetTableList;
+class TSpillMap;
+struct TMergeAnchor;
+struct TMergedRange;
+struct TOutlineGroup;
+struct TSheetSavedView;
+struct TSpillRange;
+
+// Providers of external data
+class ITessarineGoogleFinanceProvider;
+class ITessarineImportRangeProvider;
+class ITessarineRtdProvider;
+class ITessarineStockHistoryProvider;
+class ITessarineTranslateProvider;
+struct TProviderBlock;
+struct TStockHistoryBar;
+
+// Formulas
+class TAstNode;
+class TFormulaArg;
+class TFormulaAssist;
+class TFormulaDependencyGraph;
+class TFormulaEvaluator;
+class TFormulaParser;
+class TFormulaProgram;
+class TFormulaTokenizer;
+struct TCellId;
+struct TFormulaToken;
+struct TFunctionDef;
+
+// Platform
+class EArgument;
+class ECancelled;
+class EFileAccess;
+class EFileFormat;
+class ELimit;
+class ENetwork;
+class EState;
+class ETessarineError;
+class IFileLayer;
+class IReadStream;
+class IWriteStream;
+struct TFormatSettings;
+struct TReadLimits;
+struct TTessarineProgressEvent;
+struct TWorkControl;
+
+}  // namespace tessarine
