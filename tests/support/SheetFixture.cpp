@@ -64,16 +64,29 @@ void TSheetFixture::Set(std::string_view AAddress, std::string_view AContent) {
   Sheet(place.Sheet).SetValue(place.Address, ContentOf(AContent));
 }
 
-std::string TSheetFixture::Show(std::string_view AAddresses) const {
+template <class TShow>
+std::string TSheetFixture::ShowEach(std::string_view AAddresses, TShow AShow) const {
   std::string shown;
   while (!AAddresses.empty()) {
     const size_t end = std::min(AAddresses.find(' '), AAddresses.size());
     const TPlace place = PlaceOf(AAddresses.substr(0, end));
     AAddresses.remove_prefix(std::min(end + 1, AAddresses.size()));
     if (!shown.empty()) shown += " ";
-    shown += NotationOf(Workbook.GetSheet(place.Sheet)->GetEffectiveValue(place.Address));
+    shown += NotationOf(AShow(place));
   }
   return shown;
+}
+
+std::string TSheetFixture::Show(std::string_view AAddresses) const {
+  return ShowEach(AAddresses, [this](const TPlace& APlace) {
+    return Workbook.GetSheet(APlace.Sheet)->GetEffectiveValue(APlace.Address);
+  });
+}
+
+std::string TSheetFixture::Run(std::string_view AAddresses) {
+  return ShowEach(AAddresses, [this](const TPlace& APlace) {
+    return Evaluator.EvaluateCell(APlace.Sheet, APlace.Address.Col, APlace.Address.Row);
+  });
 }
 
 std::string TSheetFixture::Eval(std::string_view AFormula, int32_t ASheetIndex) {
@@ -83,11 +96,6 @@ std::string TSheetFixture::Eval(std::string_view AFormula, int32_t ASheetIndex) 
 std::string TSheetFixture::EvalAt(std::string_view AAddress, std::string_view AFormula) {
   const TPlace place = PlaceOf(AAddress);
   return NotationOf(Evaluator.EvaluateAt(AFormula, place.Sheet, place.Address.Col, place.Address.Row));
-}
-
-std::string TSheetFixture::Run(std::string_view AAddress) {
-  const TPlace place = PlaceOf(AAddress);
-  return NotationOf(Evaluator.EvaluateCell(place.Sheet, place.Address.Col, place.Address.Row));
 }
 
 }  // namespace tessarine::testing

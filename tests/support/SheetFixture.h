@@ -37,8 +37,8 @@ class TSheetFixture {
   std::string Eval(std::string_view AFormula, int32_t ASheetIndex = 0);
   std::string EvalAt(std::string_view AAddress, std::string_view AFormula);
 
-  /// Evaluates the formula in a cell, whatever it has as a result, and shows the new one.
-  std::string Run(std::string_view AAddress);
+  /// Evaluates the formulas in cells one after another, whatever they have as results, and shows the new ones.
+  std::string Run(std::string_view AAddresses);
 
   TWorksheet& Sheet(int32_t AIndex = 0) { return *Workbook.GetSheet(AIndex); }
 
@@ -51,6 +51,9 @@ class TSheetFixture {
     TCellAddress Address;
   };
   TPlace PlaceOf(std::string_view AAddress) const;
+  /// What AShow gives for each of some addresses.
+  template <class TShow>
+  std::string ShowEach(std::string_view AAddresses, TShow AShow) const;
 };
 
 /// One value, and a whole argument, in the notation above.
