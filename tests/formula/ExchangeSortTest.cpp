@@ -44,6 +44,8 @@ TEST(ExchangeSort, TextsGoByUnitsFoldedToUpperCase) {
   EXPECT_EQ(OrderOf("['_' 'b' 'A']"), (TOrder{2, 1, 0}));
   EXPECT_EQ(OrderOf("['abcde' 'abcd' 'ABCDD' 'abc']"), (TOrder{3, 1, 2, 0}));
   EXPECT_EQ(OrderOf("['x' #N/A '']"), (TOrder{2, 1, 0}));
+  EXPECT_EQ(OrderOf("['abcdefgh2' 'abcdefgh1' 'b']"), (TOrder{1, 0, 2}));  // told apart by the ninth unit
+  EXPECT_EQ(OrderOf("['\xD0\x96xyz2' '\xD0\x96xyz1' 'b']"), (TOrder{2, 1, 0}));
 }
 
 /// Every sequence of up to seven keys over an alphabet, in both directions.
@@ -108,6 +110,27 @@ TEST(ExchangeSort, LargeGroupsTurnAsTheLoopTurnsThem) {
   const auto keys = ViewsOf(cells);
   EXPECT_EQ(SortedOrder(keys, false), SortedOrderPlain(keys, false));
   EXPECT_EQ(SortedOrder(keys, true), SortedOrderPlain(keys, true));
+}
+
+/// Texts that share a beginning, end early or late, hold U+0000 or units above a byte.
+TEST(ExchangeSort, RandomTextsEqualTheLoop) {
+  std::mt19937 random(13);
+  const std::u16string units = u"aAbZ_{xX\u00E9\u0416";
+  for (int round = 0; round < 120; ++round) {
+    const size_t alphabet = 2 + random() % (units.size() - 1);
+    const size_t length = random() % 12;
+    std::vector<TCellValue> cells;
+    for (size_t i = 0; i < (round % 4 == 0 ? 700u : 90u); ++i) {
+      std::u16string text = round % 3 == 0 ? u"" : i % 2 == 0 ? u"Shared " : u"sHARED ";
+      for (size_t unit = random() % (length + 1); unit > 0; --unit) {
+        text += random() % 9 == 0 ? u'\0' : units[random() % std::min(alphabet, units.size())];
+      }
+      cells.push_back(TCellValue::FromText(TText(text)));
+    }
+    const auto keys = ViewsOf(cells);
+    const bool descending = random() % 2 == 0;
+    ASSERT_EQ(SortedOrder(keys, descending), SortedOrderPlain(keys, descending)) << "round " << round;
+  }
 }
 
 TEST(ExchangeSort, ManyMixedKeysAreStillAllThere) {

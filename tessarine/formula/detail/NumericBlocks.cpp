@@ -14,7 +14,7 @@ namespace tessarine::detail {
 namespace {
 
 constexpr int32_t kLanes = kTileRows;
-constexpr size_t kMaxSteps = 64;
+constexpr size_t kMaxNodes = 64;
 
 /// The number that a slot stands for in arithmetic, without looking at texts: false for all that is not plain.
 inline bool SlotNumber(const TCellStore& AStore, const TCellSlot& ASlot, double& ANumber) {
@@ -42,7 +42,7 @@ bool Settle(double* ALanes, int32_t ACount) {
 
 std::optional<TNumericBlock> TNumericBlock::Compile(const TProgram& AProgram, const TWorkbook& AWorkbook,
                                                     const TInterpreter& AInterpreter, int32_t ASheet, int32_t ACol) {
-  if (AProgram.Nodes.size() > kMaxSteps) return std::nullopt;
+  if (AProgram.Nodes.size() > kMaxNodes) return std::nullopt;
   TNumericBlock block;
   block.FTarget = AWorkbook.GetSheet(ASheet);
   block.FCol = ACol;

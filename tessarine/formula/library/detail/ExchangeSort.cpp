@@ -126,7 +126,7 @@ std::vector<uint32_t> ExchangeSortTies(std::span<const uint32_t> ASorted, std::s
 
 namespace {
 
-/// A position with the key that decides first; equal keys are told apart by what each kind of key has behind it.
+/// A position with the key that decides first.
 struct TKeyed {
   uint64_t Key;
   uint32_t Position;
@@ -157,60 +157,118 @@ void RadixSort(std::vector<TKeyed>& AItems) {
   }
 }
 
-template <class F>
-std::vector<uint32_t> OrderOfSorted(const std::vector<TKeyed>& AItems, F&& AIsEqual) {
-  std::vector<uint32_t> sorted(AItems.size());
-  std::vector<uint32_t> ends;
-  for (size_t i = 0; i < AItems.size(); ++i) {
-    sorted[i] = AItems[i].Position;
-    if (i > 0 && !AIsEqual(AItems[i - 1], AItems[i])) ends.push_back(static_cast<uint32_t>(i));
-  }
-  if (!sorted.empty()) ends.push_back(static_cast<uint32_t>(sorted.size()));
-  return ExchangeSortTies(sorted, ends);
+/// Sorts by key, equal keys by position, in which order they come.
+void SortByKey(std::vector<TKeyed>& AItems) {
+  constexpr size_t kFewItems = 256;
+  if (AItems.size() > kFewItems) return RadixSort(AItems);
+  std::sort(AItems.begin(), AItems.end(), [](const TKeyed& ALeft, const TKeyed& ARight) {
+    return ALeft.Key != ARight.Key ? ALeft.Key < ARight.Key : ALeft.Position < ARight.Position;
+  });
 }
+
+/// Positions in the order of their keys, and where each run of equal keys ends.
+struct TSortedRuns {
+  std::vector<uint32_t> Positions;
+  std::vector<uint32_t> Ends;
+
+  void EndRun() { Ends.push_back(static_cast<uint32_t>(Positions.size())); }
+};
 
 std::vector<uint32_t> OrderOfNumbers(std::vector<TKeyed> AItems) {
-  constexpr size_t kFewItems = 256;
-  if (AItems.size() > kFewItems) {
-    RadixSort(AItems);
-  } else {
-    std::sort(AItems.begin(), AItems.end(), [](const TKeyed& ALeft, const TKeyed& ARight) {
-      return ALeft.Key != ARight.Key ? ALeft.Key < ARight.Key : ALeft.Position < ARight.Position;
+  SortByKey(AItems);
+  TSortedRuns runs;
+  runs.Positions.reserve(AItems.size());
+  for (size_t i = 0; i < AItems.size(); ++i) {
+    if (i > 0 && AItems[i - 1].Key != AItems[i].Key) runs.EndRun();
+    runs.Positions.push_back(AItems[i].Position);
+  }
+  runs.EndRun();
+  return ExchangeSortTies(runs.Positions, runs.Ends);
+}
+
+/// Texts behind what all of them begin with, cut into a key of 8 bytes that sorts as they do. A missing unit counts as
+/// U+0000, so equal keys only mean equal texts when IsWhole().
+class TTextKeys {
+ public:
+  explicit TTextKeys(std::span<const std::u16string_view> ATexts) : FTexts(ATexts) {
+    FSkip = ATexts.front().size();
+    for (const std::u16string_view text : ATexts) {
+      size_t same = 0;
+      const size_t most = std::min(FSkip, text.size());
+      while (same < most && AsciiUpper(text[same]) == AsciiUpper(ATexts.front()[same])) ++same;
+      FSkip = same;
+    }
+    size_t longest = 0;
+    char16_t units = 0;  // all units' bits together
+    bool hasNul = false;
+    for (const std::u16string_view text : ATexts) {
+      longest = std::max(longest, text.size() - FSkip);
+      for (const char16_t unit : text.substr(FSkip, 8)) {
+        units |= unit;
+        hasNul = hasNul || unit == 0;
+      }
+    }
+    FNarrow = units < 0x100;  // eight units of a byte, else four of two
+    FWhole = !hasNul && longest <= (FNarrow ? 8 : 4);
+  }
+
+  /// Whether nothing of any text is left out of its key.
+  bool IsWhole() const { return FWhole; }
+
+  uint64_t KeyOf(uint32_t APosition) const {
+    const std::u16string_view text = FTexts[APosition].substr(FSkip);
+    uint64_t key = 0;
+    for (size_t i = 0; i < (FNarrow ? 8u : 4u); ++i) {
+      key = key << (FNarrow ? 8 : 16) | (i < text.size() ? AsciiUpper(text[i]) : 0u);
+    }
+    return key;
+  }
+
+ private:
+  std::span<const std::u16string_view> FTexts;
+  size_t FSkip = 0;  // units that all texts share, case folded
+  bool FNarrow = false;
+  bool FWhole = false;
+};
+
+/// Adds texts with one key, which are in order of position, to the runs. AAllEqual tells that they are known to be
+/// equal.
+void AddTextsOfOneKey(std::span<TKeyed> AItems, std::span<const std::u16string_view> ATexts, bool AAllEqual,
+                      bool ADescending, TSortedRuns& ARuns) {
+  const auto compare = [&](const TKeyed& ALeft, const TKeyed& ARight) {
+    return CompareAsciiNoCase(ATexts[ALeft.Position], ATexts[ARight.Position]);
+  };
+  const bool allEqual = AAllEqual || std::all_of(AItems.begin() + 1, AItems.end(), [&](const TKeyed& AItem) {
+                          return compare(AItems.front(), AItem) == 0;
+                        });
+  if (!allEqual) {
+    std::sort(AItems.begin(), AItems.end(), [&](const TKeyed& ALeft, const TKeyed& ARight) {
+      const int order = compare(ALeft, ARight);
+      return order != 0 ? (order < 0) != ADescending : ALeft.Position < ARight.Position;
     });
   }
-  return OrderOfSorted(AItems, [](const TKeyed& ALeft, const TKeyed& ARight) { return ALeft.Key == ARight.Key; });
-}
-
-/// The first four units, case folded, as a number that sorts as they do; a missing unit sorts before all others but is
-/// taken for U+0000, so equal keys say nothing about the texts.
-uint64_t TextPrefix(std::u16string_view AText) {
-  uint64_t key = 0;
-  for (size_t i = 0; i < 4; ++i) key = key << 16 | (i < AText.size() ? AsciiUpper(AText[i]) : 0u);
-  return key;
-}
-
-TText SortTextOf(const TValueView& AValue) {
-  if (AValue.Kind == cvkText || AValue.Kind == cvkFormula) return TText::Share(AValue.Block);
-  return TCellValue::FromView(AValue).ToDisplayString();
+  for (size_t i = 0; i < AItems.size(); ++i) {
+    if (i > 0 && !allEqual && compare(AItems[i - 1], AItems[i]) != 0) ARuns.EndRun();
+    ARuns.Positions.push_back(AItems[i].Position);
+  }
+  ARuns.EndRun();
 }
 
 std::vector<uint32_t> OrderOfTexts(std::span<const TValueView> AKeys, bool ADescending) {
+  std::vector<std::u16string_view> texts(AKeys.size());
+  std::u16string unused;  // what is no number has a text that stands somewhere
+  for (size_t i = 0; i < AKeys.size(); ++i) texts[i] = DisplayView(AKeys[i], unused);
+  const TTextKeys keys(texts);
   std::vector<TKeyed> items(AKeys.size());
-  std::vector<TText> texts(AKeys.size());
-  for (size_t i = 0; i < AKeys.size(); ++i) {
-    texts[i] = SortTextOf(AKeys[i]);
-    items[i] = {TextPrefix(texts[i].View()), static_cast<uint32_t>(i)};
+  for (uint32_t i = 0; i < items.size(); ++i) items[i] = {ADescending ? ~keys.KeyOf(i) : keys.KeyOf(i), i};
+  SortByKey(items);
+  TSortedRuns runs;
+  runs.Positions.reserve(items.size());
+  for (size_t start = 0, end = 0; start < items.size(); start = end) {
+    while (end < items.size() && items[end].Key == items[start].Key) ++end;
+    AddTextsOfOneKey(std::span(items).subspan(start, end - start), texts, keys.IsWhole(), ADescending, runs);
   }
-  const auto compare = [&](const TKeyed& ALeft, const TKeyed& ARight) {
-    if (ALeft.Key != ARight.Key) return ALeft.Key < ARight.Key ? -1 : 1;
-    return CompareAsciiNoCase(texts[ALeft.Position].View(), texts[ARight.Position].View());
-  };
-  std::sort(items.begin(), items.end(), [&](const TKeyed& ALeft, const TKeyed& ARight) {
-    const int order = compare(ALeft, ARight);
-    if (order != 0) return (order < 0) != ADescending;
-    return ALeft.Position < ARight.Position;
-  });
-  return OrderOfSorted(items, [&](const TKeyed& ALeft, const TKeyed& ARight) { return compare(ALeft, ARight) == 0; });
+  return ExchangeSortTies(runs.Positions, runs.Ends);
 }
 
 /// Merges runs of growing length. Unlike the library's sorts it asks nothing of the comparison: one that contradicts
@@ -234,6 +292,11 @@ std::vector<uint32_t> MergeSort(size_t ACount, F&& ACompare) {
     order.swap(other);
   }
   return order;
+}
+
+TText SortTextOf(const TValueView& AValue) {
+  if (AValue.Kind == cvkText || AValue.Kind == cvkFormula) return TText::Share(AValue.Block);
+  return TCellValue::FromView(AValue).ToDisplayString();
 }
 
 /// What a comparison of mixed keys needs, made once per key.

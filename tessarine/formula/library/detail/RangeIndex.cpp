@@ -41,11 +41,7 @@ uint64_t MixWord(uint64_t AHash, uint64_t AWord) {
   return product ^ (product >> 32);
 }
 
-}  // namespace
-
-// TEqualityIndex -----------------------------------------------------------------------------------------------------
-
-size_t TEqualityIndex::TTextHash::operator()(std::u16string_view AText) const {
+uint64_t HashText(std::u16string_view AText) {
   uint64_t hash = AText.size();
   while (AText.size() >= 4) {
     uint64_t word;
@@ -55,12 +51,19 @@ size_t TEqualityIndex::TTextHash::operator()(std::u16string_view AText) const {
   }
   uint64_t rest = 0;
   if (!AText.empty()) std::memcpy(&rest, AText.data(), AText.size() * sizeof(char16_t));
-  hash = MixWord(hash, rest);
-  return static_cast<size_t>(hash * kMultiplier);
+  return MixWord(hash, rest) * kMultiplier;
 }
 
-bool TEqualityIndex::TTextEqual::operator()(std::u16string_view ALeft, std::u16string_view ARight) const {
-  return ALeft == ARight || EqualAsciiNoCase(ALeft, ARight);
+}  // namespace
+
+// TEqualityIndex -----------------------------------------------------------------------------------------------------
+
+bool TEqualityIndex::TTextEqual::operator()(const TTextKey& ALeft, const TTextKey& ARight) const {
+  return (*this)(TTextProbe{ALeft.Text.View(), ALeft.Hash}, ARight);
+}
+
+bool TEqualityIndex::TTextEqual::operator()(const TTextProbe& ALeft, const TTextKey& ARight) const {
+  return ALeft.Hash == ARight.Hash && EqualAsciiNoCase(ALeft.Text, ARight.Text.View());
 }
 
 /// Files the cells one by one; then Finish lays the members of each group side by side, in order.
@@ -109,10 +112,12 @@ class TEqualityIndex::TBuilder {
   }
 
   void AddText(TTextGroups& AGroups, std::u16string_view AText, const TValueView& AValue, uint32_t APosition) {
-    auto found = AGroups.find(AText);
+    const TTextProbe probe{AText, HashText(AText)};
+    auto found = AGroups.find(probe);
     if (found == AGroups.end()) {
       const bool stands = AValue.Kind == cvkText || AValue.Kind == cvkFormula;
-      found = AGroups.emplace(stands ? TText::Share(AValue.Block) : TText(AText), TGroup()).first;
+      TText text = stands ? TText::Share(AValue.Block) : TText(AText);
+      found = AGroups.emplace(TTextKey{std::move(text), probe.Hash}, TGroup()).first;
     }
     AddTo(found->second, APosition);
   }
@@ -139,17 +144,18 @@ TEqualityIndex::TEqualityIndex(const TFormulaArg& AView) {
 
 TEqualityIndex::TFound TEqualityIndex::Find(const TMatchKey& AKey) const {
   TFound found;
+  const auto textIn = [&](const TTextGroups& AGroups) -> const TGroup* {
+    if (AGroups.empty()) return nullptr;  // and no text need be made of a number
+    const auto text = AGroups.find(TTextProbe{AKey.Text(), HashText(AKey.Text())});
+    return text != AGroups.end() ? &text->second : nullptr;
+  };
   if (AKey.IsNumber()) {
     const auto number = FNumbers.find(NumberBits(AKey.Number()));
     if (number != FNumbers.end()) found.One = &number->second;
-  } else if (!FNumberTexts.empty()) {
-    const auto text = FNumberTexts.find(AKey.Text());
-    if (text != FNumberTexts.end()) found.One = &text->second;
+  } else {
+    found.One = textIn(FNumberTexts);
   }
-  if (!FTexts.empty()) {
-    const auto text = FTexts.find(AKey.Text());
-    if (text != FTexts.end()) found.Other = &text->second;
-  }
+  found.Other = textIn(FTexts);
   return found;
 }
 

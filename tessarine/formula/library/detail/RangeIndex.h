@@ -47,17 +47,28 @@ class TEqualityIndex {
     uint32_t First = 0;   // position of the first member
     uint32_t Number = 0;  // counted from 1; 0 only while it is being made
   };
+  /// A text with its hash, so that growing tables need not read their texts again.
+  struct TTextKey {
+    TText Text;
+    uint64_t Hash;
+  };
+  struct TTextProbe {
+    std::u16string_view Text;
+    uint64_t Hash;
+  };
   struct TTextHash {
     using is_transparent = void;
     using is_avalanching = void;
-    size_t operator()(std::u16string_view AText) const;
-    size_t operator()(const TText& AText) const { return (*this)(AText.View()); }
+    size_t operator()(const TTextProbe& AProbe) const { return static_cast<size_t>(AProbe.Hash); }
+    size_t operator()(const TTextKey& AKey) const { return static_cast<size_t>(AKey.Hash); }
   };
   struct TTextEqual {
     using is_transparent = void;
-    bool operator()(std::u16string_view ALeft, std::u16string_view ARight) const;
+    bool operator()(const TTextKey& ALeft, const TTextKey& ARight) const;
+    bool operator()(const TTextProbe& ALeft, const TTextKey& ARight) const;
+    bool operator()(const TTextKey& ALeft, const TTextProbe& ARight) const { return (*this)(ARight, ALeft); }
   };
-  using TTextGroups = boost::unordered_flat_map<TText, TGroup, TTextHash, TTextEqual>;
+  using TTextGroups = boost::unordered_flat_map<TTextKey, TGroup, TTextHash, TTextEqual>;
   struct TFound {
     const TGroup* One = nullptr;
     const TGroup* Other = nullptr;
