@@ -25,7 +25,13 @@
 #include <tessarine/core/values/Text.h>
 #include <tessarine/formula/DependencyGraph.h>
 #include <tessarine/formula/Evaluator.h>
+#include <tessarine/formula/FormulaAssist.h>
+#include <tessarine/formula/FunctionTable.h>
+#include <tessarine/io/csv/Csv.h>
+#include <tessarine/io/xlsx/SharedStrings.h>
+#include <tessarine/io/xlsx/XlsxReader.h>
 #include <tessarine/platform/Errors.h>
+#include <tessarine/platform/Files.h>
 #include <tessarine/platform/Locale.h>
 #include <tessarine/platform/Progress.h>
 #include <tessarine/platform/ReadLimits.h>

@@ -1,0 +1,85 @@
+#include <tessarine/io/xlsx/detail/XlsxFormulas.h>
+
+#include <algorithm>
+
+#include <tessarine/formula/FormulaDialect.h>
+#include <tessarine/formula/FunctionTable.h>
+#include <tessarine/io/xlsx/detail/XlsxBudget.h>
+#include <tessarine/platform/Unicode.h>
+#include <tessarine/platform/XmlEscapes.h>
+#include <tessarine/platform/detail/MessageText.h>
+
+namespace tessarine::detail {
+
+namespace {
+
+/// The formula's text as characters, escapes undone, workbook indexes and placeholder calls gone. The rare steps are
+/// behind tests for characters that they need.
+void DecodeFormula(std::string_view ASource, std::u16string& AText) {
+  AText.clear();
+  AppendUtf8AsUtf16(ASource, AText);
+  if (ASource.find('_') != ASource.npos) {
+    AText = UnescapeXlsxText(AText);
+    StripXlsxWorkbookIndexes(AText);
+    AText = UnwrapXlUdfDummyFunction(AText);
+  } else if (ASource.find('[') != ASource.npos) {
+    StripXlsxWorkbookIndexes(AText);
+  }
+}
+
+/// Whether the name that a formula begins with could be that of a function which spills: names of such have letters,
+/// "_" and "." only. Spares most formulas the lookup.
+bool MayBeginWithSpill(std::u16string_view AText) {
+  for (const char16_t unit : AText) {
+    if (unit == u'(') break;
+    const bool isName = IsAsciiLetter(unit) || unit == u'_' || unit == u'.' || unit == u'$';
+    if (!isName && unit > u' ' && unit != u'=' && unit != u'+') return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void StripXlsxWorkbookIndexes(std::u16string& AText) {
+  size_t out = 0;
+  for (size_t at = 0; at < AText.size();) {
+    if (AText[at] == u'[' && (at == 0 || AText[at - 1] == u'\'')) {
+      size_t end = at + 1;
+      while (end < AText.size() && IsAsciiDigit(AText[end])) ++end;
+      if (end > at + 1 && end < AText.size() && AText[end] == u']') {
+        at = end + 1;
+        continue;
+      }
+    }
+    AText[out++] = AText[at++];
+  }
+  AText.resize(out);
+}
+
+bool TXlsxFormulas::TakeShared(const TXlsxFormulaElement& AElement, TCellAddress AAddress, std::string_view APartName) {
+  const auto found = FShared.find(AElement.SharedIndex);
+  if (found == FShared.end()) return false;
+  const auto place = [&] { return ForMessage(APartName) + ", cell " + Utf16ToUtf8(AAddress.ToA1()); };
+  TXlsxBudget::Take(FBudget.SharedFormulaUnits, found->second.Length(), place, "the texts of shared formulas");
+  found->second.TextAt(AAddress, FTemplates, FText);
+  return true;
+}
+
+std::u16string_view TXlsxFormulas::Resolve(const TXlsxFormulaElement& AElement, TCellAddress AAddress,
+                                           std::string_view APartName) {
+  if (!AElement.Text.empty()) {
+    DecodeFormula(AElement.Text, FText);
+    if (AElement.IsShared && AElement.SharedIndex >= 0) FShared[AElement.SharedIndex] = {FText, AAddress};
+  } else if (!AElement.IsShared || !TakeShared(AElement, AAddress, APartName)) {
+    return {};
+  }
+  if (FText.empty()) return {};
+  const bool hasSign = FText.front() == u'=';
+  const bool intersects = !AElement.IsArray && !AElement.HasCellMeta && MayBeginWithSpill(FText) &&
+                          FText.find(u'@') == FText.npos && IsDynamicArraySpillFormulaText(FText);
+  if (!hasSign) FText.insert(FText.begin(), u'=');
+  if (intersects) FText.insert(FText.begin() + 1, u'@');
+  return FText;
+}
+
+}  // namespace tessarine::detail

@@ -1,0 +1,81 @@
+#include <tessarine/io/xlsx/detail/XlsxTables.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <tessarine/core/lists/SheetTables.h>
+#include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/xlsx/detail/XlsxBudget.h>
+#include <tessarine/io/xlsx/detail/XlsxCommon.h>
+#include <tessarine/io/xlsx/detail/XlsxPackage.h>
+#include <tessarine/platform/XmlTree.h>
+#include <tessarine/platform/detail/MessageText.h>
+
+namespace tessarine::detail {
+
+namespace {
+
+/// Whether a relationship's type speaks of a table, in any of the namespaces that files use.
+bool IsTableType(std::string_view AType) {
+  constexpr std::string_view kMark = "/table";
+  for (size_t at = 0; at + kMark.size() <= AType.size(); ++at) {
+    if (EqualXmlNames(AType.substr(at, kMark.size()), kMark)) return true;
+  }
+  return false;
+}
+
+std::vector<TText> ReadColumnNames(const TXmlNode* AColumns) {
+  std::vector<TText> names;
+  for (const TXmlNode* column : TXmlElements(AColumns)) {
+    if (!XmlLocalNameIs(column, "tableColumn")) continue;
+    const std::string standIn = "Column" + std::to_string(names.size() + 1);
+    names.push_back(TText::FromUtf8(XmlAttr(column, "name", standIn)));
+  }
+  return names;
+}
+
+void ApplyStyle(const TXmlNode* AStyle, TSheetTable& ATable) {
+  if (!AStyle) return;
+  ATable.SetStyleName(TText::FromUtf8(XmlAttr(AStyle, "name")));
+  if (XmlHasAttr(AStyle, "showRowStripes"))
+    ATable.SetShowRowStripes(XlsxAttrIsOn(AStyle->Attributes, "showRowStripes"));
+  if (XmlHasAttr(AStyle, "showColumnStripes"))
+    ATable.SetShowColumnStripes(XlsxAttrIsOn(AStyle->Attributes, "showColumnStripes"));
+}
+
+void ReadTable(const TXmlNode* ARoot, std::string_view APartName, TXlsxBudget& ABudget, TWorksheet& ASheet) {
+  const std::string_view name = XmlAttr(ARoot, "name");
+  const TCellRange range = XlsxRange(XmlAttr(ARoot, "ref"));
+  if (name.empty() || !XlsxIsRange(range)) return;
+  TXlsxBudget::Take(
+      ABudget.TableColumns, static_cast<size_t>(range.Width()), [&] { return ForMessage(APartName); },
+      "the columns of all tables");
+  auto table = std::make_unique<TSheetTable>(TText::FromUtf8(name), range);
+  table->SetDisplayName(TText::FromUtf8(XmlAttr(ARoot, "displayName", name)));
+  table->SetHasHeaderRow(XmlAttrInt(ARoot, "headerRowCount", 1) > 0);
+  table->SetHasTotalsRow(XmlAttrInt(ARoot, "totalsRowCount", 0) > 0);
+  table->SetShowAutoFilter(XmlFindChild(ARoot, "autoFilter") != nullptr);
+  ApplyStyle(XmlFindChild(ARoot, "tableStyleInfo"), *table);
+  table->SetColumnNames(ReadColumnNames(XmlFindChild(ARoot, "tableColumns")));
+  ASheet.Tables().Add(std::move(table));
+}
+
+}  // namespace
+
+void ReadXlsxTables(const TXlsxPackage& APackage, std::string_view ASheetPart, const TXlsxRelationships& ARelationships,
+                    TXlsxBudget& ABudget, TWorksheet& ASheet) {
+  for (const TXlsxRelationship& relationship : ARelationships) {
+    if (!IsTableType(relationship.Type)) continue;
+    const std::string part = XlsxResolveTarget(ASheetPart, relationship.Target);
+    const TByteBuffer bytes = APackage.ReadPart(part);
+    if (bytes.IsEmpty()) continue;
+    const TXmlTree tree(bytes.Text(), part, APackage.Limits());
+    ReadTable(tree.Root(), part, ABudget, ASheet);
+  }
+  ASheet.RefreshTableColumnNames();
+}
+
+}  // namespace tessarine::detail

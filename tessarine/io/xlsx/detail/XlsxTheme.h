@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string_view>
+
+#include <tessarine/platform/ReadLimits.h>
+
+namespace tessarine {
+class TTessarineTheme;
+}
+
+namespace tessarine::detail {
+
+/// Reads a theme part (ECMA-376-1 §20.1.6.9) into ATheme. The colours are replaced when the part states at least four
+/// of them, the fonts where it names one. Throws as TXmlReader does, with ATheme unchanged.
+void ReadXlsxTheme(std::string_view ABytes, std::string_view APartName, const TReadLimits& ALimits,
+                   TTessarineTheme& ATheme);
+
+}  // namespace tessarine::detail
