@@ -8,7 +8,7 @@
 int main(int ACount, char** AArguments) {
   try {
     tessarine::TWorkbook book;
-    tessarine::TXlsxReader::LoadFromFile(book, ACount > 1 ? AArguments[1] : "examples/data/loan.xlsx");
+    tessarine::TXlsxReader::LoadFromFile(book, ACount > 1 ? AArguments[1] : "examples/data/subtotals.xlsx");
     tessarine::TFormulaEvaluator evaluator(book);
     evaluator.RecalculateAll();
 

@@ -1,5 +1,7 @@
-#include <malloc.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <string>
 
 #include <tessarine/core/format/StyleSheet.h>
@@ -22,6 +24,17 @@ constexpr int32_t kCsvRows = 1000000;
 
 std::string MixedFile(const TRun& ARun) { return ARun.Folder + "/w5.xlsx"; }
 std::string CsvFile(const TRun& ARun) { return ARun.Folder + "/w6.csv"; }
+
+/// Resident memory of this process in bytes.
+double ResidentBytes() {
+  long pages = 0;
+  long resident = 0;
+  if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+    if (std::fscanf(file, "%ld %ld", &pages, &resident) != 2) resident = 0;
+    std::fclose(file);
+  }
+  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
 
 }  // namespace
 
@@ -76,13 +89,12 @@ void MeasureStore(TRun& ARun) {
   {
     TWorkbook book;
     TWorksheet& sheet = *book.GetSheet(0);
-    const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
+    const double before = ResidentBytes();
     for (int32_t row = 1; row <= dense; ++row) {
       for (int32_t col = 1; col <= 10; ++col) sheet.SetValue({col, row}, TCellValue::FromNumber(row + col));
     }
-    const size_t after = mallinfo2().uordblks + mallinfo2().hblkhd;
     const double cells = static_cast<double>(dense) * 10;
-    const double bytes = static_cast<double>(std::max(after - before, sheet.Store().BytesUsed())) / cells;
+    const double bytes = std::max(ResidentBytes() - before, static_cast<double>(sheet.Store().BytesUsed())) / cells;
     ARun.Results.push_back({"dense",
                             int64_t{dense} * 10,
                             {},
@@ -93,20 +105,19 @@ void MeasureStore(TRun& ARun) {
   const int32_t scattered = ARun.Rows(1000000);
   TWorkbook book;
   TWorksheet& sheet = *book.GetSheet(0);
-  const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
+  const double before = ResidentBytes();
   for (int32_t i = 1; i <= scattered; ++i) {
     const auto index = static_cast<uint32_t>(i);
     sheet.SetValue(
         {static_cast<int32_t>(Hash(index, 82) % 1000) + 1, static_cast<int32_t>(Hash(index, 81) % 1048576) + 1},
         TCellValue::FromNumber(i));
   }
-  const size_t after = mallinfo2().uordblks + mallinfo2().hblkhd;
   const size_t cells = sheet.Store().CellCount();
   ARun.Results.push_back(
       {"scattered",
        scattered,
        {},
-       static_cast<double>(std::max(after - before, sheet.Store().BytesUsed())) / static_cast<double>(cells),
+       std::max(ResidentBytes() - before, static_cast<double>(sheet.Store().BytesUsed())) / static_cast<double>(cells),
        PeakMegabytes(),
        cells > static_cast<size_t>(scattered) * 99 / 100});
 }

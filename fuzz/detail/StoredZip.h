@@ -19,7 +19,7 @@ class TStoredZip {
     Put(FDirectory, 0x02014b50, 4);
     Put(FDirectory, 20, 2);
     FDirectory += head;
-    Put(FDirectory, 0, 10);  // no comment, first disk, no attributes
+    FDirectory.append(10, '\0');  // no comment, first disk, no attributes
     Put(FDirectory, offset, 4);
     FDirectory += AName;
     ++FCount;

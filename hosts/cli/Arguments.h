@@ -11,15 +11,15 @@ using enum TCommand;
 /// What the user asked for. Fields that the command does not know stay as they are.
 struct TArguments {
   TCommand Command = cmInfo;
-  std::string Input;   // a file's name, "-" for standard input; empty: none
-  std::string From;    // format of the input when its name does not tell
+  std::string Input;    // a file's name, "-" for standard input; empty: none
+  std::string From;     // format of the input when its name does not tell
   std::string Decimal;  // decimal separator of a text input; empty: a point
-  std::string Output;  // recalc, convert
-  std::string To;      // format of the output when its name does not tell
-  std::string Sheet;   // name or number
-  std::string Range;   // show, cells
-  std::string At;      // eval: the cell that the formulas stand for
-  std::string Batch;   // eval: a file of questions, a JSON object a line
+  std::string Output;   // recalc, convert
+  std::string To;       // format of the output when its name does not tell
+  std::string Sheet;    // name or number
+  std::string Range;    // show, cells
+  std::string At;       // eval: the cell that the formulas stand for
+  std::string Batch;    // eval: a file of questions, a JSON object a line
   std::string Delimiter = ",";
   bool NoBom = false;
   bool NoRecalc = false;

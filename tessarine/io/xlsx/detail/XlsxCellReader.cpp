@@ -19,7 +19,7 @@ namespace tessarine::detail {
 
 namespace {
 
-constexpr uint64_t AnchorKey(int32_t ACol, int32_t ARow) {
+constexpr uint64_t BlockKey(int32_t ACol, int32_t ARow) {
   return uint64_t{static_cast<uint32_t>(ACol)} << 32 | static_cast<uint32_t>(ARow);
 }
 
@@ -266,7 +266,7 @@ void TXlsxCellReader::OpenBlock() {
   if (area < 2 || area > kMaxGeneratedCells) return;
   if (FSheet.Spills().IntersectsOther(range, range.StartCol, range.StartRow)) return;
   FSheet.Spills().SetSpill(range.StartCol, range.StartRow, range.Height(), range.Width(), {});
-  FBlockByAnchor[AnchorKey(range.StartCol, range.StartRow)] = FBlocks.size();
+  FBlockByAnchor[BlockKey(range.StartCol, range.StartRow)] = FBlocks.size();
   FBlocks.push_back({range, {}});
 }
 
@@ -274,7 +274,7 @@ void TXlsxCellReader::OpenBlock() {
 bool TXlsxCellReader::TryStoreInBlock() {
   const TSpillRange* const spill = FSheet.Spills().FindChildBlock(FAddress.Col, FAddress.Row);
   if (!spill) return false;
-  TBlock& block = FBlocks[FBlockByAnchor.at(AnchorKey(spill->AnchorCol, spill->AnchorRow))];
+  TBlock& block = FBlocks[FBlockByAnchor.at(BlockKey(spill->AnchorCol, spill->AnchorRow))];
   TCellValue value = ResultValue();
   if (FHasValue && FType == TCellType::ctSharedString) {
     value = TCellValue::FromText(FContext.Strings.TextAt(StringIndex(FValue)));

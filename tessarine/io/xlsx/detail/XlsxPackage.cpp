@@ -11,7 +11,7 @@ namespace tessarine::detail {
 namespace {
 
 /// The folder of a part with its "/" at the end; empty for a part at the root.
-std::string_view FolderOf(std::string_view APartName) { return APartName.substr(0, APartName.rfind('/') + 1); }
+std::string_view PartFolder(std::string_view APartName) { return APartName.substr(0, APartName.rfind('/') + 1); }
 
 std::string WithSlashes(std::string_view ATarget) {
   std::string target(ATarget);
@@ -51,7 +51,7 @@ bool TXlsxPackage::HasRoomFor(uint64_t ABytes) const {
 }
 
 TXlsxRelationships TXlsxPackage::ReadRelationships(std::string_view APartName) const {
-  const std::string_view folder = FolderOf(APartName);
+  const std::string_view folder = PartFolder(APartName);
   std::string name(folder);
   ((name += "_rels/") += APartName.substr(folder.size())) += ".rels";
   TXlsxRelationships relationships;
@@ -75,7 +75,7 @@ std::string XlsxWorkbookTarget(std::string_view ATarget) {
 std::string XlsxResolveTarget(std::string_view ASourcePart, std::string_view ATarget) {
   const std::string target = WithSlashes(ATarget);
   std::string path;
-  if (!target.starts_with('/')) path = FolderOf(ASourcePart);
+  if (!target.starts_with('/')) path = PartFolder(ASourcePart);
   path += target;
   std::string name;
   for (size_t at = 0; at <= path.size();) {
