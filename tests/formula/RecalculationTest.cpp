@@ -213,6 +213,9 @@ TEST(Recalculation, FastAndPlainWaysAgreeOnRandomWorkbooks) {
           << "round " << round << ", edit " << edit << ": " << AddressOf(col, row) << " " << content;
       ASSERT_EQ(fast.Eval("=ROW()&\",\"&COLUMN()"), plain.Eval("=ROW()&\",\"&COLUMN()")) << "round " << round;
     }
+    fast.Evaluator.RecalculateAll();
+    plain.Evaluator.RecalculateAll();
+    ASSERT_EQ(ShowAll(fast), ShowAll(plain)) << "round " << round << ", all over";
   }
 }
 

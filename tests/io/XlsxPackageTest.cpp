@@ -220,6 +220,8 @@ TEST(XlsxPackage, EncodingsAreTakenFromTheByteOrderMark) {
 TEST(XlsxPackage, LimitsHold) {
   std::string columns;
   for (int i = 0; i < 60; ++i) columns += "<col/>";
+  std::string links;
+  for (int i = 0; i < 1001; ++i) links += "<hyperlink ref='A1:A4097' location='x'/>";
   const struct {
     TReadLimits Limits;
     TXlsxBuilder Package;
@@ -234,6 +236,9 @@ TEST(XlsxPackage, LimitsHold) {
       {{.MaxXmlTreeNodes = 50},
        TXlsxBuilder().Sheet("<cols>" + columns + "</cols>"),
        "limit: xl/worksheets/sheet1.xml: the part has more columns or links than the limit of 50"},
+      {{},
+       TXlsxBuilder().Sheet("<hyperlinks>" + links + "</hyperlinks>"),
+       "limit: xl/worksheets/sheet1.xml: more than 1000 links cover more than 4096 cells each"},
       {{.MaxEntries = 4},
        TXlsxBuilder().Part("xl/workbook.xml",
                            "<workbook><sheets><sheet/><sheet/><sheet/><sheet/><sheet/></sheets></workbook>"),

@@ -23,6 +23,10 @@ constexpr double kFileColWidth = 8.43;  // characters, where a file gives none
 constexpr double kFileRowHeight = 15;   // points
 constexpr size_t kStepsPerPoll = 8192;  // rows and cells
 
+// Links that lie over one another are cut into pieces. Small ones have few; of wide ones a sheet may have so many.
+constexpr int64_t kWideLinkCells = 4096;
+constexpr size_t kMaxWideLinks = 1000;
+
 /// A count of frozen lines; files may write it with a fraction.
 int32_t FrozenCount(TXmlAttributes AAttributes, std::string_view AName) {
   return static_cast<int32_t>(std::clamp(XlsxAttrFloat(AAttributes, AName, 0), 0.0, 2e9));
@@ -267,6 +271,11 @@ void TXlsxSheetReader::ReadHyperlink() {
   const TXmlAttributes attributes = FReader.Attributes();
   TLink link{XlsxRange(XlsxAttr(attributes, "ref")), std::string(XlsxTrim(XlsxAttr(attributes, "location"))),
              std::string(XlsxAttr(attributes, "id"))};
+  const bool isWide = int64_t{link.Range.Width()} * link.Range.Height() > kWideLinkCells;
+  if (isWide && ++FWideLinks > kMaxWideLinks) {
+    throw ELimit(FReader.PartName() + ": more than " + std::to_string(kMaxWideLinks) + " links cover more than " +
+                 std::to_string(kWideLinkCells) + " cells each");
+  }
   if (XlsxIsRange(link.Range)) FLinks.push_back(std::move(link));
   FReader.SkipElement();
 }

@@ -83,6 +83,7 @@ class TXlsxSheetReader {
   bool FIsRead[stCount] = {};
   std::vector<TColumns> FColumns;
   std::vector<TLink> FLinks;
+  size_t FWideLinks = 0;
   int32_t FRowPosition = 0;
   size_t FSteps = 0;
 };
