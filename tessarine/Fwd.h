@@ -69,11 +69,23 @@ class TFormulaAssist;
 class TFormulaDependencyGraph;
 class TFormulaEvaluator;
 class TFormulaParser;
-class TFormulaProgram;
 class TFormulaTokenizer;
 struct TCellId;
 struct TFormulaToken;
+struct TAutocompletePrefix;
+struct TFormulaColorSpan;
+struct TFormulaRefHighlight;
 struct TFunctionDef;
+
+// Files
+class TCsvIO;
+class TSharedStringTable;
+class TXlsxReader;
+struct TCsvExportOptions;
+struct TCsvImportOptions;
+struct TRichStringRun;
+struct TSharedStringItem;
+struct TXlsxReadOptions;
 
 // Platform
 class EArgument;

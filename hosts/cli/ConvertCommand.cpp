@@ -1,8 +1,13 @@
+#include <algorithm>
+#include <filesystem>
+
 #include <hosts/cli/Arguments.h>
 #include <hosts/cli/Commands.h>
 #include <hosts/cli/Session.h>
+#include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/core/sheet/detail/CellStore.h>
 #include <tessarine/io/csv/Csv.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/FileLayer.h>
@@ -30,20 +35,68 @@ char16_t DelimiterOf(const TArguments& AArguments) {
   throw ECli(ecUsage, "\"" + AArguments.Delimiter + "\" is no delimiter; give one character, or the word tab");
 }
 
-/// Saves to a file beside the target first. What an interrupted run left of that is removed: it is not whole.
-void SaveFile(const std::string& AFileName, const std::function<void(IWriteStream&)>& AWrite) {
+std::filesystem::path PathOf(const std::string& AFileName) {
+  return std::filesystem::path(std::u8string(AFileName.begin(), AFileName.end()));
+}
+
+/// Throws unless there is a folder to which AFileName can be written.
+void CheckTarget(const std::string& AFileName) {
   TFileStatus status;
   if (CurrentFileLayer().GetStatus(AFileName, status) == 0 && status.IsFolder)
     throw ECli(ecOutput, AFileName + ": this is a folder; name a file in it");
+  std::error_code ignored;
+  const std::filesystem::path folder = PathOf(AFileName).parent_path();
+  if (!folder.empty() && std::filesystem::status(folder, ignored).type() == std::filesystem::file_type::not_found)
+    throw ECli(ecOutput, AFileName + ": its folder does not exist; create it, or name a file elsewhere");
+}
+
+/// Devices and pipes are written to as they are: a file put in their place would be the end of them.
+bool IsDevice(const std::string& AFileName) {
+  std::error_code ignored;
+  const auto status = std::filesystem::status(PathOf(AFileName), ignored);
+  return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
+/// The file to which a link leads, so that the link stays; a name that is no link, or leads nowhere, stays as it is.
+std::string LinkTarget(const std::string& AFileName) {
+  std::error_code error;
+  if (!std::filesystem::is_symlink(PathOf(AFileName), error)) return AFileName;
+  const std::u8string target = std::filesystem::canonical(PathOf(AFileName), error).u8string();
+  return error ? AFileName : std::string(target.begin(), target.end());
+}
+
+/// Saves to a file beside the target first. What an interrupted run left of that is removed: it is not whole.
+void SaveFile(const std::string& AFileName, const std::function<void(IWriteStream&)>& AWrite) {
+  CheckTarget(AFileName);
+  const bool isDevice = IsDevice(AFileName);
+  const std::string target = isDevice ? AFileName : LinkTarget(AFileName);
   try {
-    SaveToFileViaTemp(AFileName, AWrite);
+    if (!isDevice) return SaveToFileViaTemp(target, AWrite);
+    TFileWriteStream stream(target);
+    AWrite(stream);
+    stream.Close();
   } catch (const ECancelled&) {
-    CurrentFileLayer().Remove(AFileName + ".tessarine.tmp");
+    if (!isDevice) CurrentFileLayer().Remove(target + ".tessarine.tmp");
     throw;
   } catch (const EFileAccess& error) {
     const std::string message = error.what();
     throw ECli(ecOutput, message.find(AFileName) == std::string::npos ? AFileName + ": " + message : message);
   }
+}
+
+/// From A1 to the last cell that holds or shows a value: files claim used areas, and format cells, far beyond that.
+TCellRange ContentRange(const TWorksheet& ASheet) {
+  TCellRange range{1, 1, 1, 1};
+  const auto take = [&](int32_t ACol, int32_t ARow) {
+    range.EndCol = std::max(range.EndCol, std::min(ACol, kMaxCol));
+    range.EndRow = std::max(range.EndRow, std::min(ARow, kMaxRow));
+  };
+  ASheet.Store().ForEachByColumn([&](int32_t ACol, int32_t ARow, const detail::TCellSlot& ASlot) {
+    if (ASlot.Kind != cvkEmpty) take(ACol, ARow);
+  });
+  for (const TSpillRange* block : ASheet.Spills().BlocksIn({1, 1, kMaxCol, kMaxRow}))
+    take(block->EndCol, block->EndRow);
+  return range;
 }
 
 int Convert(const TArguments& AArguments, TSession& ASession) {
@@ -55,9 +108,7 @@ int Convert(const TArguments& AArguments, TSession& ASession) {
   ASession.Load(AArguments);
   const TWorksheet* sheet = ASession.Workbook().GetSheet(ASession.SheetIndex(AArguments));
   const auto write = [&](IWriteStream& AStream) {
-    if (sheet)
-      TCsvIO::ExportRange(ASession.Workbook(), sheet, AStream, {1, 1, sheet->UsedMaxCol(), sheet->UsedMaxRow()},
-                          options);
+    if (sheet) TCsvIO::ExportRange(ASession.Workbook(), sheet, AStream, ContentRange(*sheet), options);
   };
   if (AArguments.Output == "-") {
     write(ASession.OutputStream());

@@ -112,7 +112,7 @@ TCellAddress FreeCell(const TQuestion& AQuestion) {
   return {std::min(lastCol + 1, kMaxCol), 1};
 }
 
-TFormulaArg Answer(const TQuestion& AQuestion, const std::optional<TCellAddress>& AAt) {
+TFormulaArg Answer(const TQuestion& AQuestion, const std::optional<TCellAddress>& AAt, const TWorkControl& AControl) {
   TWorkbook workbook;
   TFormulaEvaluator evaluator(workbook);
   bool hasFormulas = false;
@@ -120,7 +120,7 @@ TFormulaArg Answer(const TQuestion& AQuestion, const std::optional<TCellAddress>
     workbook.GetSheet(0)->SetValue(address, value);
     hasFormulas = hasFormulas || value.Kind == cvkFormula;
   }
-  if (hasFormulas) evaluator.RecalculateAll();
+  if (hasFormulas) evaluator.RecalculateAll(AControl);
   const TCellAddress at = AQuestion.At ? *AQuestion.At : AAt.value_or(FreeCell(AQuestion));
   return evaluator.EvaluateAt(FormulaOf(AQuestion.Formula), 0, at.Col, at.Row);
 }
@@ -168,7 +168,7 @@ int RunBatch(const TArguments& AArguments, const std::optional<TCellAddress>& AA
     } catch (const EFileFormat& error) {
       throw ECli(ecInput, error.what());
     }
-    PutAnswer(Answer(question, AAt), ASession.Out());
+    PutAnswer(Answer(question, AAt, ASession.Control()), ASession.Out());
     ASession.Drain();
   }
   return ecDone;
@@ -178,7 +178,7 @@ int RunBatch(const TArguments& AArguments, const std::optional<TCellAddress>& AA
 bool NamesWorkbook(const std::string& AWord) {
   if (AWord.starts_with('=')) return false;
   TFileStatus status;
-  return AWord == "-" || FileFormatFromExtension(AWord) != ffAuto || CurrentFileLayer().GetStatus(AWord, status) == 0;
+  return AWord == "-" || FormatOfFile(AWord) != ffAuto || CurrentFileLayer().GetStatus(AWord, status) == 0;
 }
 
 }  // namespace

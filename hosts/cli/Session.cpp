@@ -96,12 +96,15 @@ std::string TSession::ReadFile(const std::string& AFileName) {
     const std::vector<std::byte> bytes = ReadAllBytes(AStream, limit);
     return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   };
-  if (AFileName == "-") return read(FStreams.In);
-  CheckIsFile(AFileName);
+  const bool isStandard = AFileName == "-";
+  const std::string name = isStandard ? "standard input" : AFileName;
+  if (!isStandard) CheckIsFile(AFileName);
   try {
-    return read(*OpenSharedReadStream(AFileName).Stream);
+    return isStandard ? read(FStreams.In) : read(*OpenSharedReadStream(AFileName).Stream);
+  } catch (const ELimit& error) {
+    throw ECli(ecLimit, Naming(name, error.what()));
   } catch (const EFileAccess& error) {
-    throw ECli(ecInput, Naming(AFileName, error.what()));
+    throw ECli(ecInput, Naming(name, error.what()));
   }
 }
 
@@ -112,8 +115,7 @@ void TSession::LoadFrom(const std::string& AFileName, TTessarineFileFormat AForm
     if (AFormat == ffAuto) AFormat = FormatOfBytes(bytes);
   } else {
     CheckIsFile(AFileName);
-    if (AFormat == ffAuto) AFormat = FileFormatFromExtension(AFileName);
-    if (AFormat == ffAuto && IsTextExtension(AFileName)) AFormat = ffCsv;
+    if (AFormat == ffAuto) AFormat = FormatOfFile(AFileName);
   }
   const std::string name = AFileName == "-" ? "standard input" : AFileName;
   TSharedReadStream file;
@@ -193,7 +195,12 @@ void TSession::Flush() {
   if (!out.empty()) WriteText(FStreams.Out, out);
 }
 
-// ---- addresses
+// ---- names and addresses
+
+TTessarineFileFormat FormatOfFile(const std::string& AFileName) {
+  const TTessarineFileFormat format = FileFormatFromExtension(AFileName);
+  return format == ffAuto && IsTextExtension(AFileName) ? ffCsv : format;
+}
 
 TCellRange ParseRange(const std::string& AText) {
   const std::u16string text = ToAsciiUpper(Utf8ToUtf16(AText));

@@ -70,6 +70,9 @@ class TSession {
   std::string FOut;
 };
 
+/// The format that a file's name stands for; other text files (.txt, .tsv, .tab) are read as CSV is.
+TTessarineFileFormat FormatOfFile(const std::string& AFileName);
+
 /// A range such as "B2:D10" or "C3"; throws ECli for what is none.
 TCellRange ParseRange(const std::string& AText);
 

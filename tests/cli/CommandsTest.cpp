@@ -1,7 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
+
+#if defined(__linux__)
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 #include <nlohmann/json.hpp>
 
@@ -181,6 +188,31 @@ TEST_F(CliCommands, ConvertWritesCsv) {
   EXPECT_EQ(RunLine({"convert", Sample, Folder.Path("plain.txt"), "--to", "CSV"}).Code, 0);
   EXPECT_EQ(ContentOf(Folder.Path("plain.txt")).substr(0, 18), "\xEF\xBB\xBFTitle over two,");
 }
+
+#if defined(__linux__)
+
+TEST_F(CliCommands, ConvertWritesThroughLinksAndIntoPipes) {
+  const std::string file = Folder.Path("real.csv");
+  const std::string link = Folder.Path("link.csv");
+  WriteFile(file, "old");
+  std::filesystem::create_symlink(file, link);
+  for (const char* delimiter : {",", ";"}) {
+    EXPECT_EQ(RunLine({"convert", "-", link, "--no-bom", "-d", delimiter}, "1,2\n").Code, 0);
+    EXPECT_EQ(ContentOf(file), std::string("1") + delimiter + "2\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+  }
+  const std::string pipe = Folder.Path("pipe.csv");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  EXPECT_EQ(RunLine({"convert", "-", pipe, "--no-bom"}, "1,2\n").Code, 0);
+  char text[8] = {};
+  EXPECT_EQ(read(reader, text, sizeof text), 4);
+  EXPECT_STREQ(text, "1,2\n");
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  close(reader);
+}
+
+#endif
 
 TEST_F(CliCommands, FunctionsListsTheTable) {
   const std::vector<json> lines = Lines(RunLine({"functions", "--json"}).Out);

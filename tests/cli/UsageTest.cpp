@@ -72,7 +72,8 @@ TEST(CliUsage, EveryClassOfFailureHasItsCodeAndItsMessage) {
       {{"eval", "--batch", path("bad.jsonl")}, 3, "question 2"},
       {{"eval", "--batch", path("none.jsonl")}, 3, "there is no such file"},
       {{"show", path("wide.csv")}, 4, "wide.csv, line 1: the row has more than the 16384 columns"},
-      {{"convert", path("ok.csv"), path("none/out.csv")}, 5, "none/out.csv"},
+      {{"eval", path("missing.tsv"), "=1"}, 3, "missing.tsv: there is no such file"},
+      {{"convert", path("ok.csv"), path("none/out.csv")}, 5, "none/out.csv: its folder does not exist"},
       {{"convert", path("ok.csv"), folder.Path(""), "--to", "csv"}, 5, "this is a folder"},
   };
   for (const auto& row : cases) {
@@ -101,6 +102,22 @@ TEST(CliUsage, OutputThatCannotBeWrittenIsToldByItsCode) {
     cli::TCliStreams streams{.In = in, .Out = out, .Messages = messages};
     EXPECT_EQ(cli::RunCli(args, streams), 5) << args[0];
     EXPECT_EQ(CollectedText(messages), "tessarine: Cannot write standard output: full\n");
+  }
+}
+
+TEST(CliUsage, InputThatCannotBeReadIsToldByItsCode) {
+  class TBrokenStream final : public IReadStream {
+   public:
+    size_t Read(std::span<std::byte>) override { throw EFileAccess("Cannot read standard input: broken"); }
+  };
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{"info", "-"}, {"eval", "-", "=1"}, {"eval", "--batch", "-"}, {"convert", "-", "-"}}) {
+    TBrokenStream in;
+    TMemoryWriteStream out;
+    TMemoryWriteStream messages;
+    cli::TCliStreams streams{.In = in, .Out = out, .Messages = messages};
+    EXPECT_EQ(cli::RunCli(args, streams), 3) << args[0];
+    EXPECT_EQ(CollectedText(messages), "tessarine: Cannot read standard input: broken\n");
   }
 }
 

@@ -141,10 +141,17 @@ TEST(CsvImport, ReplacesTheCellsOfOneSheetAndCountsAsAChange) {
   book.ClearModified();
   TTrickleStream text("a,b\nc,d", 100);
   TCsvIO::ImportSheet(book, text, 0);
-  EXPECT_EQ(Dump(first), "'a' 'b'; 'c' 'd'");
+  EXPECT_EQ(first.GetCellAt(2, 2).Value.Text, u"d");
+  EXPECT_FALSE(first.HasCell({7, 90}));
+  EXPECT_EQ(first.UsedMaxCol(), 7) << "used bounds do not shrink";
+  EXPECT_EQ(first.UsedMaxRow(), 90);
   EXPECT_EQ(Dump(second), "2");
   EXPECT_TRUE(book.IsModified());
   EXPECT_EQ(modified, 1);
+
+  TTrickleStream again("a,b\nc,d", 100);
+  TCsvIO::ImportWithOptions(book, again, 0, {});
+  EXPECT_EQ(Dump(first), "'a' 'b'; 'c' 'd'");
 
   TTrickleStream more("x", 100);
   TCsvIO::ImportSheet(book, more, 9);
@@ -265,4 +272,7 @@ TEST(CsvImport, LoadFromFileKeepsOtherSheetsAndTellsAMissingFile) {
   EXPECT_EQ(book.SheetCount(), 2);
   EXPECT_EQ(Thrown([&] { TCsvIO::LoadFromFile(book, folder.Path("no.csv")); }),
             "other: File not found: " + folder.Path("no.csv"));
+  WriteFile(folder.Path("wide.csv"), std::string(kMaxCol, ','));
+  const std::string message = Thrown([&] { TCsvIO::LoadFromFile(book, folder.Path("wide.csv")); });
+  EXPECT_EQ(message.find("limit: " + folder.Path("wide.csv") + ", line 1: "), 0u) << message;
 }

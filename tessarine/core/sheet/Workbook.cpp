@@ -199,6 +199,8 @@ void TWorkbook::ClearNamedFormulas() {
   ++FNamesVersion;
 }
 
+bool TWorkbook::HasNamedFormulas() const { return !FTables->Names.empty(); }
+
 std::vector<TText> TWorkbook::NamedFormulaNames() const {
   std::vector<TText> names;
   names.reserve(FTables->Names.size());

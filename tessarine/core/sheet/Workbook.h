@@ -82,6 +82,7 @@ class TESSARINE_API TWorkbook {
   void ClearNamedFormulas();
   /// All names, sorted.
   std::vector<TText> NamedFormulaNames() const;
+  bool HasNamedFormulas() const;
   static std::u16string NormalizeName(std::u16string_view AName);
 
   // ---- results of web functions

@@ -7,6 +7,7 @@ namespace tessarine::detail {
 namespace {
 
 constexpr size_t kChunkArgs = 256;
+constexpr int64_t kSmallCells = 64;
 constexpr size_t kKeptChunkArgs = 4096;  // larger chunks go back as soon as they are empty
 
 }  // namespace
@@ -34,6 +35,21 @@ void TArgStack::GiveBack(TFormulaArg* AFirst, size_t ACount) {
   if (chunk.Used > 0) return;
   if (chunk.Size > kKeptChunkArgs) chunk = TChunk();
   if (FTop > 0) --FTop;
+}
+
+int64_t TArgStack::PickUpLarge(TFormulaArg& AArg) {
+  int64_t cells = 0;
+  if (AArg.IsRange) {
+    if (!AArg.IsView()) cells = AArg.CellCount();
+  } else if (!AArg.HasOrigin) {  // the text of a cell is shared with it
+    cells = static_cast<int64_t>(AArg.Scalar.Text.Size()) / kUnitsPerCell;
+  }
+  if (cells > kSmallCells && FHeldCells > 0 && FHeldCells + cells > kMaxHeldCells) {
+    AArg = TFormulaArg::FromError(ceNum);
+    return 0;
+  }
+  FHeldCells += cells;
+  return cells;
 }
 
 }  // namespace tessarine::detail

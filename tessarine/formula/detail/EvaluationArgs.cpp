@@ -132,7 +132,12 @@ TFormulaArg TEvaluation::EvalComparisons(const TProgramFrame& AFrame, const TPro
 
 TFormulaArg TEvaluation::EvalArrayLiteral(const TProgramFrame& AFrame, const TProgramNode& ANode) {
   std::vector<TCellValue> cells = RoomFor(ANode.ChildCount);
-  for (uint32_t i = 0; i < ANode.ChildCount; ++i) cells.push_back(EvalNode(AFrame, AFrame.Program.Child(ANode, i)));
+  int64_t units = 0;
+  for (uint32_t i = 0; i < ANode.ChildCount; ++i) {
+    cells.push_back(EvalNode(AFrame, AFrame.Program.Child(ANode, i)));
+    if (cells.back().Kind == cvkText) units += static_cast<int64_t>(cells.back().Text.Size());
+    if (units > kMaxHeldCells * kUnitsPerCell) return TFormulaArg::FromError(ceNum);
+  }
   const int32_t cols = std::max(ANode.Col2, 1);
   return TFormulaArg::FromRange(std::move(cells), static_cast<int32_t>(ANode.ChildCount) / cols, cols);
 }

@@ -20,6 +20,7 @@ namespace tessarine::detail {
 namespace {
 
 constexpr int32_t kMinBlock = 4;      // fewer rows are not worth compiling steps for
+constexpr int32_t kMaxStarts = 8;     // of a running aggregate within one piece
 constexpr int32_t kPollRows = 65536;  // rows between two looks at the stop token
 
 using TDirection = TRunGroup::TDirection;
@@ -81,7 +82,7 @@ bool TFastOrder::TState::ProgramIsPlain(const TProgram& AProgram) const {
       AProgram.HasTableRefs)
     return false;
   if (AProgram.HasIdentifiers) {  // could be names or tables
-    if (!Workbook.NamedFormulaNames().empty()) return false;
+    if (Workbook.HasNamedFormulas()) return false;
     for (int32_t i = 0; i < Workbook.SheetCount(); ++i) {
       if (Workbook.GetSheet(i)->Tables().Count() != 0) return false;
     }
@@ -166,6 +167,7 @@ void TFastOrder::TState::EvaluatePiece(const TDependencyRun& ARun, const TPiece&
   auto running = blocks && !upward && !block
                      ? TRunningAggregate::Compile(program, Workbook, Interpreter, ARun.Sheet, ARun.Col)
                      : std::nullopt;
+  int32_t gaveUp = 0;
   while (!rest.IsEmpty()) {
     // What a fast way gives up, one tile or one row at a time, goes cell by cell; then the fast way is tried again.
     TRowSpan now = rest;
@@ -188,8 +190,10 @@ void TFastOrder::TState::EvaluatePiece(const TDependencyRun& ARun, const TPiece&
       plain.First += done;
       plain.Last = std::min(plain.Last, plain.First + byCell - 1);
     }
-    const bool gaveUp = done < now.Last - now.First + 1 && !(running && done > now.Last - now.First);
-    if (gaveUp) {
+    const int32_t asked = running ? rest.Last - rest.First + 1 : now.Last - now.First + 1;
+    if (done < asked) {
+      // Each new start of a running aggregate reads its range from the top again.
+      if (running && ++gaveUp == kMaxStarts) running.reset();
       EvaluateCells(ARun, plain, ADirection);
       done += plain.Last - plain.First + 1;
     }

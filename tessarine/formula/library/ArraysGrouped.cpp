@@ -122,7 +122,7 @@ TFormulaArg CallPivotBy(TFormulaArgs AArgs, const TFormulaContext&) {
   }
   const auto rows = static_cast<int64_t>(rowKeys.Texts().size()) + 1;
   const auto cols = static_cast<int64_t>(colKeys.Texts().size()) + 1;
-  if (!FitsArranged(rows, cols)) return ErrorArg(ceNum);
+  if (!MayGenerate(rows, cols, fields->RowCount)) return ErrorArg(ceNum);
   std::vector<TCellValue> cells;
   cells.reserve(static_cast<size_t>(rows * cols));
   cells.emplace_back();

@@ -93,12 +93,18 @@ TCellValue CallNpv(TFormulaArgs AArgs, const TFormulaContext&) {
   if (AArgs.size() < 2 || !ArgAsNumber(AArgs[0], rate)) return ValueError();
   double sum = 0;
   double period = 1;
-  ForEachValue(AArgs.subspan(1), [&](const TValueView& AValue) {
-    double number = 0;
-    if (!AsNumber(AValue, number)) return;
-    if (number != 0) sum += number / std::pow(1 + rate, period);
-    period += 1;
-  });
+  for (size_t i = 1; i < AArgs.size(); ++i) {
+    int64_t skipped = 0;  // values that are no numbers take no period; blanks are 0 and do
+    ForEachNonBlank(AArgs[i], [&](int64_t AIndex, const TValueView& AValue) {
+      double number = 0;
+      if (!AsNumber(AValue, number)) {
+        ++skipped;
+      } else if (number != 0) {
+        sum += number / std::pow(1 + rate, period + static_cast<double>(AIndex - skipped));
+      }
+    });
+    period += static_cast<double>(CountValues(AArgs.subspan(i, 1)) - skipped);
+  }
   return NumberOrError(sum);
 }
 

@@ -26,12 +26,12 @@ constexpr int32_t kDelimiterSampleLines = 200;
 /// host's own handler has to see each of them.
 class TSheetFiller {
  public:
-  TSheetFiller(TWorkbook& AWorkbook, TWorksheet& ASheet, uint64_t AMaxBytes)
+  TSheetFiller(TWorkbook& AWorkbook, TWorksheet& ASheet, uint64_t AMaxBytes, bool AKeepBounds)
       : FWorkbook(AWorkbook), FSheet(ASheet), FStore(ASheet.Store()), FMaxCells(AMaxBytes / sizeof(detail::TCellSlot)) {
     FWorkbook.BeginUpdate();
     FSheet.ClearCells();
     FSheet.Spills().ClearAll();
-    FSheet.RecalcUsedBounds();
+    if (!AKeepBounds) FSheet.RecalcUsedBounds();
     FIsBulk = FSheet.ChangesAreUnobserved();
     FWorkbook.MarkModified();
   }
@@ -73,6 +73,7 @@ class TSheetFiller {
 struct TFieldRules {
   TFormatSettings Settings;
   bool KeepEmptyFields = false;
+  bool KeepBounds = false;  // the used area of the sheet does not shrink
   bool QuotedIsText = false;
   bool AllText = false;
   bool SkipEmptyLines = false;
@@ -90,7 +91,7 @@ class TFieldImport {
  public:
   TFieldImport(TWorkbook& AWorkbook, TWorksheet& ASheet, detail::TCsvSource& ASource, detail::TCsvFieldReader& AReader,
                const TFieldRules& ARules)
-      : FFiller(AWorkbook, ASheet, ARules.MaxBytes),
+      : FFiller(AWorkbook, ASheet, ARules.MaxBytes, ARules.KeepBounds),
         FSource(ASource),
         FReader(AReader),
         FRules(ARules),
@@ -211,16 +212,23 @@ char TakeDelimiterLine(detail::TCsvSource& ASource) {
   return delimiter;
 }
 
+/// ImportSheet, with a name for the messages of errors.
+void ImportLines(TWorkbook& AWorkbook, IReadStream& AStream, int32_t ASheetIndex, const std::string& ASourceName) {
+  const TReadLimits limits;
+  const TWorkControl control;
+  detail::TCsvSource source(AStream, limits.MaxPartBytes, false, ASourceName, control);
+  detail::TCsvFieldReader reader(source, ',', detail::cqLines, false);
+  const TFieldRules rules{.Settings = CurrentFormatSettings(),
+                          .KeepEmptyFields = true,
+                          .KeepBounds = true,
+                          .MaxBytes = limits.MaxTotalBytes};
+  TFieldImport(AWorkbook, SheetForImport(AWorkbook, ASheetIndex), source, reader, rules).Run();
+}
+
 }  // namespace
 
 void TCsvIO::ImportSheet(TWorkbook& AWorkbook, IReadStream& AStream, int32_t ASheetIndex) {
-  const TReadLimits limits;
-  const TWorkControl control;
-  detail::TCsvSource source(AStream, limits.MaxPartBytes, false, {}, control);
-  detail::TCsvFieldReader reader(source, ',', detail::cqLines, false);
-  const TFieldRules rules{
-      .Settings = CurrentFormatSettings(), .KeepEmptyFields = true, .MaxBytes = limits.MaxTotalBytes};
-  TFieldImport(AWorkbook, SheetForImport(AWorkbook, ASheetIndex), source, reader, rules).Run();
+  ImportLines(AWorkbook, AStream, ASheetIndex, {});
 }
 
 void TCsvIO::ImportWithOptions(TWorkbook& AWorkbook, IReadStream& AStream, int32_t ASheetIndex,
@@ -246,7 +254,7 @@ void TCsvIO::ImportWithOptions(TWorkbook& AWorkbook, IReadStream& AStream, int32
 
 void TCsvIO::LoadFromFile(TWorkbook& AWorkbook, const std::string& AFileName) {
   const TSharedReadStream file = OpenSharedReadStream(AFileName);
-  ImportSheet(AWorkbook, *file.Stream, 0);
+  ImportLines(AWorkbook, *file.Stream, 0, AFileName);
 }
 
 }  // namespace tessarine
