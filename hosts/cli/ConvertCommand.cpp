@@ -84,16 +84,15 @@ void SaveFile(const std::string& AFileName, const std::function<void(IWriteStrea
   }
 }
 
-/// From A1 to the last cell that holds or shows a value: files claim used areas, and format cells, far beyond that.
+/// From A1 to the last cell that is there. The used bounds will not do: a file's empty cells count in them too, and one
+/// in the last corner of the sheet would make a file of gigabytes.
 TCellRange ContentRange(const TWorksheet& ASheet) {
   TCellRange range{1, 1, 1, 1};
   const auto take = [&](int32_t ACol, int32_t ARow) {
     range.EndCol = std::max(range.EndCol, std::min(ACol, kMaxCol));
     range.EndRow = std::max(range.EndRow, std::min(ARow, kMaxRow));
   };
-  ASheet.Store().ForEachByColumn([&](int32_t ACol, int32_t ARow, const detail::TCellSlot& ASlot) {
-    if (ASlot.Kind != cvkEmpty) take(ACol, ARow);
-  });
+  ASheet.Store().ForEachByColumn([&](int32_t ACol, int32_t ARow, const detail::TCellSlot&) { take(ACol, ARow); });
   for (const TSpillRange* block : ASheet.Spills().BlocksIn({1, 1, kMaxCol, kMaxRow}))
     take(block->EndCol, block->EndRow);
   return range;

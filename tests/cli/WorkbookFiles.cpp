@@ -49,7 +49,7 @@ constexpr std::string_view kSheet =
 </sheetData><mergeCells count="1"><mergeCell ref="A1:B1"/></mergeCells></worksheet>)";
 
 constexpr std::string_view kNotes =
-    R"(<worksheet xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main"><sheetData><row r="2"><c r="C2"><v>1</v></c></row></sheetData></worksheet>)";
+    R"(<worksheet xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main"><sheetData><row r="2"><c r="C2"><v>1</v></c></row><row r="9"><c r="H9"/></row></sheetData></worksheet>)";
 
 }  // namespace
 

@@ -273,6 +273,24 @@ TEST(Evaluator, WholeColumnsAreCutExceptWhereTheyIntersect) {
   EXPECT_EQ(sheet.EvalAt("H1", "=SUM(A:XFD)"), "7") << "an area that no array could hold";
 }
 
+TEST(Evaluator, ArgumentsHeldTogetherHaveALimit) {
+  const auto times = [](const char* AText, int ACount, const char* ABetween) {
+    std::string text = AText;
+    for (int i = 1; i < ACount; ++i) text.append(ABetween).append(AText);
+    return text;
+  };
+  TSheetFixture sheet({{"A1", "1"}, {"A4", "x"}, {"B2", "8"}});
+  const std::string million = "SEQUENCE(1000,1000,1,0)";
+  EXPECT_EQ(sheet.Eval("=SUM(" + times(million.c_str(), 20, ",") + ",5)"), "16000005") << "the others are #NUM!";
+  EXPECT_EQ(sheet.Eval("=SUM(" + times((million + ",").c_str(), 20, "SUM(") + "1" + std::string(20, ')')), "16000001");
+  EXPECT_EQ(sheet.Eval("=SUM(SEQUENCE(1000000,1,1,0),1)"), "1000001") << "nothing is left over";
+  const std::string text = "REPT(\"x\",1000000)";
+  EXPECT_EQ(sheet.Eval("=COUNTA(" + times(text.c_str(), 250, ",") + ")"), "250");
+  EXPECT_EQ(sheet.EvalAt("H1", "={" + times(text.c_str(), 250, ",") + "}"), "#NUM!");
+  EXPECT_EQ(sheet.Eval("=NPV(1,A1:XFC1048575)"), "0.5") << "costs what is stored";
+  EXPECT_EQ(sheet.Eval("=NPV(1,A1:B2,A3:A5,16)"), "1.125");
+}
+
 TEST(Evaluator, UnknownSheetsAreReferenceErrors) {
   TSheetFixture sheet({{"A1", "1"}, {"Other!A1", "5"}, {"Other!A2", "=Sheet1!A1+A1"}, {"It's!A1", "8"}});
   const TCase cases[] = {

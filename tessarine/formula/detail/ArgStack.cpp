@@ -42,7 +42,7 @@ int64_t TArgStack::PickUpLarge(TFormulaArg& AArg) {
   if (AArg.IsRange) {
     if (!AArg.IsView()) cells = AArg.CellCount();
   } else if (!AArg.HasOrigin) {  // the text of a cell is shared with it
-    cells = static_cast<int64_t>(AArg.Scalar.Text.Size()) / kUnitsPerCell;
+    cells = static_cast<int64_t>(AArg.Scalar.Text.Length()) / kUnitsPerCell;
   }
   if (cells > kSmallCells && FHeldCells > 0 && FHeldCells + cells > kMaxHeldCells) {
     AArg = TFormulaArg::FromError(ceNum);

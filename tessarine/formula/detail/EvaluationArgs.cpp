@@ -135,7 +135,7 @@ TFormulaArg TEvaluation::EvalArrayLiteral(const TProgramFrame& AFrame, const TPr
   int64_t units = 0;
   for (uint32_t i = 0; i < ANode.ChildCount; ++i) {
     cells.push_back(EvalNode(AFrame, AFrame.Program.Child(ANode, i)));
-    if (cells.back().Kind == cvkText) units += static_cast<int64_t>(cells.back().Text.Size());
+    if (cells.back().Kind == cvkText) units += static_cast<int64_t>(cells.back().Text.Length());
     if (units > kMaxHeldCells * kUnitsPerCell) return TFormulaArg::FromError(ceNum);
   }
   const int32_t cols = std::max(ANode.Col2, 1);
