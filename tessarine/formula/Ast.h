@@ -11,8 +11,18 @@
 namespace tessarine {
 
 enum class TAstNodeKind : uint8_t {
-  ankNumber, ankString, ankBool, ankError, ankCellRef, ankRange, ankSheetRef, ankTableRef, ankUnary, ankBinary,
-  ankFunc, ankArrayLit,
+  ankNumber,
+  ankString,
+  ankBool,
+  ankError,
+  ankCellRef,
+  ankRange,
+  ankSheetRef,
+  ankTableRef,
+  ankUnary,
+  ankBinary,
+  ankFunc,
+  ankArrayLit,
 };
 using enum TAstNodeKind;
 
@@ -26,18 +36,18 @@ class TESSARINE_API TAstNode {
   TAstNode& operator=(const TAstNode&) = delete;
 
   TAstNodeKind Kind;
-  bool BooleanValue = false;            // ankBool
-  TCellErrorCode ErrorCode = ceNone;    // ankError
-  double Number = 0;                    // ankNumber
-  std::u16string Text;                  // literals and references as written; names in upper case; a table's name
-  int32_t Col = 0;                      // first column, 1-based
+  bool BooleanValue = false;          // ankBool
+  TCellErrorCode ErrorCode = ceNone;  // ankError
+  double Number = 0;                  // ankNumber
+  std::u16string Text;                // literals and references as written; names in upper case; a table's name
+  int32_t Col = 0;                    // first column, 1-based
   int32_t Row = 0;
-  int32_t Col2 = 0;                     // ankRange: last column; ankArrayLit: number of columns
-  int32_t Row2 = 0;                     // ankRange: last row; ankArrayLit: number of rows
-  std::u16string SheetName;             // ankRange, ankSheetRef; empty without prefix
-  std::u16string ColumnName;            // ankTableRef
-  std::u16string Op;                    // ankUnary, ankBinary
-  std::unique_ptr<TAstNode> Left;       // ankUnary: the operand
+  int32_t Col2 = 0;                // ankRange: last column; ankArrayLit: number of columns
+  int32_t Row2 = 0;                // ankRange: last row; ankArrayLit: number of rows
+  std::u16string SheetName;        // ankRange, ankSheetRef; empty without prefix
+  std::u16string ColumnName;       // ankTableRef
+  std::u16string Op;               // ankUnary, ankBinary
+  std::unique_ptr<TAstNode> Left;  // ankUnary: the operand
   std::unique_ptr<TAstNode> Right;
   std::vector<std::unique_ptr<TAstNode>> Args;  // ankFunc; ankArrayLit: its cells row by row
 

@@ -48,8 +48,8 @@ class TESSARINE_API TFormulaArg {
   static TFormulaArg FromLambda(std::shared_ptr<const ILambdaClosure> AClosure);
   /// A view on cells of ASheet; the caller has made sure that all its formulas have results and none is being
   /// evaluated. The origin is set to it.
-  static TFormulaArg FromView(const TWorksheet& ASheet, int32_t ASheetIndex, int32_t ACol, int32_t ARow,
-                              int32_t ARows, int32_t ACols);
+  static TFormulaArg FromView(const TWorksheet& ASheet, int32_t ASheetIndex, int32_t ACol, int32_t ARow, int32_t ARows,
+                              int32_t ACols);
 
   /// Cells of the rectangle; 0 for scalars.
   int64_t CellCount() const { return IsRange ? int64_t{RowCount} * ColCount : 0; }

@@ -15,7 +15,15 @@ namespace tessarine {
 class TWorkbook;
 
 enum class TFormulaColorKind : uint8_t {
-  fckDefault, fckFunction, fckRef, fckString, fckNumber, fckOperator, fckBoolean, fckError, fckPunct,
+  fckDefault,
+  fckFunction,
+  fckRef,
+  fckString,
+  fckNumber,
+  fckOperator,
+  fckBoolean,
+  fckError,
+  fckPunct,
 };
 using enum TFormulaColorKind;
 

@@ -25,9 +25,9 @@ using TArrayBody = TFormulaArg (*)(std::span<const TFormulaArg> AArgs, const TFo
 
 /// One spelling of one function: what dispatch, help and completion know of it. Rows of a family are sorted by name.
 struct TFunctionDef {
-  std::u16string_view Name;         // upper case
-  int16_t MinArgs = 0;              // as the user reads it; bodies test their own counts
-  int16_t MaxArgs = -1;             // -1: any number
+  std::u16string_view Name;  // upper case
+  int16_t MinArgs = 0;       // as the user reads it; bodies test their own counts
+  int16_t MaxArgs = -1;      // -1: any number
   TFunctionTier Tier = ftrBasic;
   TFunctionBody Body = nullptr;     // ftrBasic, ftrExtra
   TArrayBody ArrayBody = nullptr;   // ftrArray
@@ -38,8 +38,8 @@ struct TFunctionDef {
 };
 
 /// The family tables; each stands in its own source file under formula/library/.
-std::span<const TFunctionDef> AggregateFunctions();   // SUM, COUNT..., SUBTOTAL, SUMPRODUCT, RANK
-std::span<const TFunctionDef> CriteriaFunctions();    // SUMIF, COUNTIFS, ...
+std::span<const TFunctionDef> AggregateFunctions();  // SUM, COUNT..., SUBTOTAL, SUMPRODUCT, RANK
+std::span<const TFunctionDef> CriteriaFunctions();   // SUMIF, COUNTIFS, ...
 std::span<const TFunctionDef> LogicFunctions();
 std::span<const TFunctionDef> InformationFunctions();
 std::span<const TFunctionDef> NumberFunctions();
@@ -48,8 +48,8 @@ std::span<const TFunctionDef> DateFunctions();
 std::span<const TFunctionDef> LookupFunctions();
 std::span<const TFunctionDef> FinanceFunctions();
 std::span<const TFunctionDef> ArrayFunctions();
-std::span<const TFunctionDef> EvaluatorFunctions();   // rows without bodies: OFFSET, INDIRECT, ISOMITTED
-std::span<const TFunctionDef> UnsupportedFunctions(); // rows without bodies
+std::span<const TFunctionDef> EvaluatorFunctions();    // rows without bodies: OFFSET, INDIRECT, ISOMITTED
+std::span<const TFunctionDef> UnsupportedFunctions();  // rows without bodies
 
 /// The row of a canonical name, or null.
 TESSARINE_API const TFunctionDef* FindFunction(std::u16string_view ACanonicalName);

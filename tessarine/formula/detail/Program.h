@@ -12,39 +12,71 @@
 
 namespace tessarine::detail {
 
-enum class TOperator : uint8_t { opAdd, opSub, opMul, opDiv, opPow, opConcat, opEq, opNe, opLt, opGt, opLe, opGe,
-                                 opPlus, opMinus, opAt };
+enum class TOperator : uint8_t {
+  opAdd,
+  opSub,
+  opMul,
+  opDiv,
+  opPow,
+  opConcat,
+  opEq,
+  opNe,
+  opLt,
+  opGt,
+  opLe,
+  opGe,
+  opPlus,
+  opMinus,
+  opAt
+};
 using enum TOperator;
 
 /// Constructs that the evaluator knows by itself, by canonical name. The condition on the argument count is tested
 /// when the call is evaluated.
-enum class TSpecialForm : uint8_t { sfNone, sfIf, sfIfError, sfIfNa, sfIsOmitted, sfIndirect, sfOffset, sfChoose,
-                                    sfRow, sfColumn, sfLet, sfLambda, sfMap, sfByRow, sfByCol, sfReduce, sfScan,
-                                    sfMakeArray };
+enum class TSpecialForm : uint8_t {
+  sfNone,
+  sfIf,
+  sfIfError,
+  sfIfNa,
+  sfIsOmitted,
+  sfIndirect,
+  sfOffset,
+  sfChoose,
+  sfRow,
+  sfColumn,
+  sfLet,
+  sfLambda,
+  sfMap,
+  sfByRow,
+  sfByCol,
+  sfReduce,
+  sfScan,
+  sfMakeArray
+};
 
 /// A node of a compiled formula. Children precede their parents in TProgram::Nodes, left before right.
 struct TProgramNode {
   enum TRelative : uint8_t { rlCol = 1, rlRow = 2, rlCol2 = 4, rlRow2 = 8 };
 
   TAstNodeKind Kind = ankError;
-  TOperator Op = opAdd;                     // ankUnary, ankBinary
+  TOperator Op = opAdd;  // ankUnary, ankBinary
   TSpecialForm Special = TSpecialForm::sfNone;
-  uint8_t Relative = 0;                     // which of the four numbers are distances from the formula's cell
+  uint8_t Relative = 0;  // which of the four numbers are distances from the formula's cell
   TCellErrorCode ErrorCode = ceNone;
   bool BooleanValue = false;
-  bool IsIdentifier = false;                // ankFunc without arguments
-  int32_t Col = 0;                          // references; ankArrayLit: Col2, Row2 hold the shape
+  bool IsIdentifier = false;  // ankFunc without arguments
+  int32_t Col = 0;            // references; ankArrayLit: Col2, Row2 hold the shape
   int32_t Row = 0;
   int32_t Col2 = 0;
   int32_t Row2 = 0;
-  uint32_t FirstChild = 0;                  // into TProgram::Children: Left (and Right), or the arguments
+  uint32_t FirstChild = 0;  // into TProgram::Children: Left (and Right), or the arguments
   uint32_t ChildCount = 0;
   double Number = 0;
-  TText Text;                               // string literal; raw upper-case name of ankFunc; a table's name
-  TText SheetName;                          // prefix, empty without one
+  TText Text;       // string literal; raw upper-case name of ankFunc; a table's name
+  TText SheetName;  // prefix, empty without one
   TText ColumnName;
-  std::u16string CanonicalName;             // ankFunc
-  const TFunctionDef* Function = nullptr;   // ankFunc; null for a name that no tier knows
+  std::u16string CanonicalName;            // ankFunc
+  const TFunctionDef* Function = nullptr;  // ankFunc; null for a name that no tier knows
 };
 
 /// A rectangle that a formula reads, resolved at a cell; corners ordered, not cut to any bounds.
@@ -56,8 +88,8 @@ struct TRelativeRect {
 /// cell. What can only be known at run time (sheets, tables, names, locals) stays by name.
 class TProgram final : public TFormulaProgram {
  public:
-  std::vector<TProgramNode> Nodes;     // the last one is the root; never empty
-  std::vector<uint32_t> Children;      // node indexes
+  std::vector<TProgramNode> Nodes;  // the last one is the root; never empty
+  std::vector<uint32_t> Children;   // node indexes
 
   /// True when a slot of the template turned out to stand where the grammar reads no reference: this program then
   /// fits only the cell it was compiled at and is not kept.
@@ -65,12 +97,12 @@ class TProgram final : public TFormulaProgram {
 
   // What the compiler found out once, for guards of fast paths. False is a promise, true only a possibility.
   // ProgramFlags.cpp tells for each what it counts in to be safe.
-  bool HasCalls = false;            // any ankFunc
-  bool HasIdentifiers = false;      // zero-argument identifiers: locals, tables, names, functions such as PI
-  bool ReadsPosition = false;       // ROW(), COLUMN(), @, intersecting ranges, bare [Col], INDIRECT, SINGLE, names
-  bool ReadsUntracked = false;      // INDIRECT, OFFSET, references in array literals; HasIdentifiers stands for names
-  bool HasOrderEffects = false;     // random numbers, the clock, web and real-time data, unknown functions
-  bool MaySpill = false;            // the root may yield a rectangle
+  bool HasCalls = false;         // any ankFunc
+  bool HasIdentifiers = false;   // zero-argument identifiers: locals, tables, names, functions such as PI
+  bool ReadsPosition = false;    // ROW(), COLUMN(), @, intersecting ranges, bare [Col], INDIRECT, SINGLE, names
+  bool ReadsUntracked = false;   // INDIRECT, OFFSET, references in array literals; HasIdentifiers stands for names
+  bool HasOrderEffects = false;  // random numbers, the clock, web and real-time data, unknown functions
+  bool MaySpill = false;         // the root may yield a rectangle
   bool HasTableRefs = false;
   bool HasSheetRefs = false;
   /// A range that spans all rows or columns at the cell the program was compiled at. One whose two ends move

@@ -169,9 +169,8 @@ std::vector<TCellId> TRecalculation::TState::AllRegistered() const {
   for (uint32_t i = 0; i < Runs.RunLimit(); ++i) {
     if (!Runs.Run(i).Rows.IsEmpty()) runs.push_back(&Runs.Run(i));
   }
-  std::sort(runs.begin(), runs.end(), [](const TDependencyRun* ALeft, const TDependencyRun* ARight) {
-    return ALeft->Stamp < ARight->Stamp;
-  });
+  std::sort(runs.begin(), runs.end(),
+            [](const TDependencyRun* ALeft, const TDependencyRun* ARight) { return ALeft->Stamp < ARight->Stamp; });
   std::vector<TCellId> cells;
   for (const TDependencyRun* run : runs) {
     for (int32_t row = run->Rows.First; row <= run->Rows.Last; ++row)
