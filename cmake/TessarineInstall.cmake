@@ -18,12 +18,13 @@ install(FILES "${PROJECT_BINARY_DIR}/tessarineConfig.cmake" "${PROJECT_BINARY_DI
         DESTINATION ${_package})
 
 # A static library needs its dependencies from every user; a shared one brings them along.
+list(JOIN TESSARINE_LIBRARY_MODULES ", " _modules)
 if(TESSARINE_SHARED)
-  set(TESSARINE_PC_REQUIRES "Requires.private: libdeflate")
+  set(TESSARINE_PC_REQUIRES "Requires.private: ${_modules}")
   set(TESSARINE_PC_LIBS "Libs.private: -pthread")
   set(TESSARINE_PC_CFLAGS "")
 else()
-  set(TESSARINE_PC_REQUIRES "Requires: libdeflate")
+  set(TESSARINE_PC_REQUIRES "Requires: ${_modules}")
   set(TESSARINE_PC_LIBS "")
   set(TESSARINE_PC_CFLAGS " -DTESSARINE_STATIC -pthread")
 endif()

@@ -38,8 +38,13 @@ endif()
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 find_package(Boost 1.81 REQUIRED)
-pkg_check_modules(libdeflate REQUIRED IMPORTED_TARGET libdeflate)
-set(TESSARINE_PRIVATE_LIBRARIES PkgConfig::libdeflate Threads::Threads)
+# What only sources include, by the names of pkg-config. A static library hands them on to its users.
+set(TESSARINE_LIBRARY_MODULES libdeflate pugixml libpcre2-16 libcurl)
+set(TESSARINE_PRIVATE_LIBRARIES Threads::Threads)
+foreach(_module IN LISTS TESSARINE_LIBRARY_MODULES)
+  pkg_check_modules(${_module} REQUIRED IMPORTED_TARGET ${_module})
+  list(APPEND TESSARINE_PRIVATE_LIBRARIES PkgConfig::${_module})
+endforeach()
 
 # What every target of this tree is compiled with. Never part of the installed package.
 add_library(tessarine_build_options INTERFACE)

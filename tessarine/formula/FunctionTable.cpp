@@ -20,14 +20,12 @@ uint32_t HashName(std::u16string_view AName) {
   return hash >> 16;
 }
 
-/// All rows, sorted, and a hash of them with open addressing; built once and never changed.
+/// All rows, sorted, and a hash of their names with open addressing; built once and never changed.
 class TFunctionIndex {
  public:
-  TFunctionIndex() {
-    for (const auto rows : {AggregateFunctions(), CriteriaFunctions(), LogicFunctions(), InformationFunctions(),
-                            NumberFunctions(), TextFunctions(), DateFunctions(), LookupFunctions(), FinanceFunctions(),
-                            ArrayFunctions(), EvaluatorFunctions(), UnsupportedFunctions()}) {
-      for (const TFunctionDef& row : rows) Add(row);
+  TFunctionIndex() : FFamilies(MakeFamilies()) {
+    for (const TFunctionFamily& family : FFamilies) {
+      for (const TFunctionDef& row : family.Functions) Add(row);
     }
     std::sort(FSorted.begin(), FSorted.end(),
               [](const TFunctionDef* ALeft, const TFunctionDef* ARight) { return ALeft->Name < ARight->Name; });
@@ -35,29 +33,83 @@ class TFunctionIndex {
   }
 
   const TFunctionDef* Find(std::u16string_view AName) const {
-    for (size_t at = HashName(AName) & FMask; FSlots[at]; at = (at + 1) & FMask) {
-      if (FSlots[at]->Name == AName) return FSlots[at];
+    for (size_t at = HashName(AName) & FMask; FSlots[at].Row; at = (at + 1) & FMask) {
+      if (FSlots[at].Name == AName) return FSlots[at].Row;
     }
     return nullptr;
   }
 
   std::span<const TFunctionDef* const> All() const { return FSorted; }
+  std::span<const TFunctionFamily> Families() const { return FFamilies; }
 
  private:
-  void Add(const TFunctionDef& ARow) { FSorted.push_back(&ARow); }
+  struct TSlot {
+    std::u16string_view Name;
+    const TFunctionDef* Row = nullptr;
+  };
 
-  void Fill() {
-    FSlots.assign(std::bit_ceil(FSorted.size() * 4 + 1), nullptr);
-    FMask = FSlots.size() - 1;
-    for (const TFunctionDef* row : FSorted) {
-      size_t at = HashName(row->Name) & FMask;
-      while (FSlots[at]) at = (at + 1) & FMask;
-      FSlots[at] = row;
+  static std::vector<TFunctionFamily> MakeFamilies() {
+    return {
+        {u"Sums and counts", AggregateFunctions()},
+        {u"Sums and counts by criteria", CriteriaFunctions()},
+        {u"Logic", LogicFunctions()},
+        {u"Information", InformationFunctions()},
+        {u"Numbers", NumberFunctions()},
+        {u"Angles", TrigonometryFunctions()},
+        {u"Whole numbers and rounding", IntegerFunctions()},
+        {u"Matrices", MatrixFunctions()},
+        {u"Statistics", StatisticsFunctions()},
+        {u"Regression and correlation", RegressionFunctions()},
+        {u"Distributions and tests", DistributionFunctions()},
+        {u"Records of a list", DatabaseFunctions()},
+        {u"Text", TextFunctions()},
+        {u"Parts and forms of text", TextPartFunctions()},
+        {u"Patterns in text", RegexFunctions()},
+        {u"Dates and times", DateFunctions()},
+        {u"Calendars and working days", CalendarFunctions()},
+        {u"Lookup", LookupFunctions()},
+        {u"References", ReferenceFunctions()},
+        {u"Annuities and net values", FinanceFunctions()},
+        {u"Loans, depreciation and rates", LoanFunctions()},
+        {u"Securities", SecurityFunctions()},
+        {u"Engineering", EngineeringFunctions()},
+        {u"Complex numbers", ComplexFunctions()},
+        {u"Arrays", ArrayFunctions()},
+        {u"Names and functions in formulas", LambdaFunctions()},
+        {u"Queries", QueryFunctions()},
+        {u"Web and outside data", WebFunctions()},
+        {u"Live data and charts in cells", LiveDataFunctions()},
+        {u"Pivot tables and cubes", PivotFunctions()},
+        {u"References made by formulas", EvaluatorFunctions()},
+        {u"Known but not available", UnsupportedFunctions()},
+    };
+  }
+
+  void Add(const TFunctionDef& ARow) {
+    FSorted.push_back(&ARow);
+    FNames.push_back({ARow.Name, &ARow});
+    std::u16string_view rest = ARow.Spellings;
+    while (!rest.empty()) {
+      const size_t end = std::min(rest.find(u' '), rest.size());
+      FNames.push_back({rest.substr(0, end), &ARow});
+      rest.remove_prefix(std::min(end + 1, rest.size()));
     }
   }
 
+  void Fill() {
+    FSlots.assign(std::bit_ceil(FNames.size() * 4 + 1), {});
+    FMask = FSlots.size() - 1;
+    for (const TSlot& name : FNames) {
+      size_t at = HashName(name.Name) & FMask;
+      while (FSlots[at].Row) at = (at + 1) & FMask;
+      FSlots[at] = name;
+    }
+  }
+
+  std::vector<TFunctionFamily> FFamilies;
   std::vector<const TFunctionDef*> FSorted;
-  std::vector<const TFunctionDef*> FSlots;  // at most a quarter full
+  std::vector<TSlot> FNames;
+  std::vector<TSlot> FSlots;  // at most a quarter full
   size_t FMask = 0;
 };
 
@@ -85,6 +137,8 @@ static_assert(std::is_sorted(kSpillFunctions.begin(), kSpillFunctions.end()));
 const TFunctionDef* FindFunction(std::u16string_view ACanonicalName) { return Functions().Find(ACanonicalName); }
 
 std::span<const TFunctionDef* const> AllFunctions() { return Functions().All(); }
+
+std::span<const TFunctionFamily> FunctionFamilies() { return Functions().Families(); }
 
 std::u16string CanonicalFunctionName(std::u16string_view AName) {
   std::u16string name(TrimSpaces(AName));

@@ -23,11 +23,12 @@ using enum TFunctionTier;
 using TFunctionBody = TCellValue (*)(std::span<const TFormulaArg> AArgs, const TFormulaContext& AContext);
 using TArrayBody = TFormulaArg (*)(std::span<const TFormulaArg> AArgs, const TFormulaContext& AContext);
 
-/// One spelling of one function: what dispatch, help and completion know of it. Rows of a family are sorted by name.
+/// One function: what dispatch, help and completion know of it. Rows of a family are sorted by name.
 struct TFunctionDef {
-  std::u16string_view Name;  // upper case
-  int16_t MinArgs = 0;       // as the user reads it; bodies test their own counts
-  int16_t MaxArgs = -1;      // -1: any number
+  std::u16string_view Name;            // upper case
+  std::u16string_view Spellings = {};  // its other names, in upper case, separated by blanks
+  int16_t MinArgs = 0;                 // as the user reads it; bodies test their own counts
+  int16_t MaxArgs = -1;                // -1: any number
   TFunctionTier Tier = ftrBasic;
   TFunctionBody Body = nullptr;     // ftrBasic, ftrExtra
   TArrayBody ArrayBody = nullptr;   // ftrArray
@@ -43,18 +44,47 @@ std::span<const TFunctionDef> CriteriaFunctions();   // SUMIF, COUNTIFS, ...
 std::span<const TFunctionDef> LogicFunctions();
 std::span<const TFunctionDef> InformationFunctions();
 std::span<const TFunctionDef> NumberFunctions();
+std::span<const TFunctionDef> TrigonometryFunctions();
+std::span<const TFunctionDef> IntegerFunctions();  // rounding to multiples, combinations, numerals, sums of squares
+std::span<const TFunctionDef> MatrixFunctions();
+std::span<const TFunctionDef> StatisticsFunctions();
+std::span<const TFunctionDef> RegressionFunctions();    // CORREL, SLOPE, TREND, LINEST, ...
+std::span<const TFunctionDef> DistributionFunctions();  // and the tests that stand on them
+std::span<const TFunctionDef> DatabaseFunctions();
 std::span<const TFunctionDef> TextFunctions();
+std::span<const TFunctionDef> TextPartFunctions();  // TEXTBEFORE, TEXTSPLIT, FIXED, UNICHAR, ...
+std::span<const TFunctionDef> RegexFunctions();     // and tests of texts
 std::span<const TFunctionDef> DateFunctions();
+std::span<const TFunctionDef> CalendarFunctions();  // working days, weeks, parts of years
 std::span<const TFunctionDef> LookupFunctions();
-std::span<const TFunctionDef> FinanceFunctions();
+std::span<const TFunctionDef> ReferenceFunctions();    // ADDRESS, FORMULATEXT, SHEETS, ...
+std::span<const TFunctionDef> FinanceFunctions();      // annuities, NPV, IRR
+std::span<const TFunctionDef> LoanFunctions();         // interest parts, depreciation, rates, dated cash flows
+std::span<const TFunctionDef> SecurityFunctions();     // bonds, bills, coupons
+std::span<const TFunctionDef> EngineeringFunctions();  // number bases, bits, CONVERT, Bessel
+std::span<const TFunctionDef> ComplexFunctions();
 std::span<const TFunctionDef> ArrayFunctions();
+std::span<const TFunctionDef> LambdaFunctions();  // rows without bodies: LET, LAMBDA, MAP, ...
+std::span<const TFunctionDef> QueryFunctions();
+std::span<const TFunctionDef> WebFunctions();
+std::span<const TFunctionDef> LiveDataFunctions();     // RTD, SPARKLINE
+std::span<const TFunctionDef> PivotFunctions();        // GETPIVOTDATA, FIELDVALUE and the cube family
 std::span<const TFunctionDef> EvaluatorFunctions();    // rows without bodies: OFFSET, INDIRECT, ISOMITTED
 std::span<const TFunctionDef> UnsupportedFunctions();  // rows without bodies
 
-/// The row of a canonical name, or null.
+/// A family's table and what readers know it by.
+struct TFunctionFamily {
+  std::u16string_view Title;
+  std::span<const TFunctionDef> Functions;
+};
+
+/// All families, in the order in which documents list them.
+TESSARINE_API std::span<const TFunctionFamily> FunctionFamilies();
+
+/// The row of a canonical name, which may be one of its other spellings, or null.
 TESSARINE_API const TFunctionDef* FindFunction(std::u16string_view ACanonicalName);
 
-/// All rows, sorted by name.
+/// All rows, sorted by their first names.
 TESSARINE_API std::span<const TFunctionDef* const> AllFunctions();
 
 /// Trims, drops every "$", folds to upper case and strips one of the prefixes "_XLFN._XLWS.", "_XLFN.", "_XLPM.",

@@ -17,13 +17,9 @@ namespace {
 std::string NameOf(const TFunctionDef& ARow) { return Utf16ToUtf8(ARow.Name); }
 
 TEST(FunctionTable, FamiliesAreSortedAndNamesUnique) {
-  const std::span<const TFunctionDef> families[] = {
-      AggregateFunctions(), CriteriaFunctions(), LogicFunctions(),     InformationFunctions(),
-      NumberFunctions(),    TextFunctions(),     DateFunctions(),      LookupFunctions(),
-      FinanceFunctions(),   ArrayFunctions(),    EvaluatorFunctions(), UnsupportedFunctions(),
-  };
   size_t count = 0;
-  for (const auto rows : families) {
+  for (const TFunctionFamily& family : FunctionFamilies()) {
+    const auto rows = family.Functions;
     count += rows.size();
     for (size_t i = 1; i < rows.size(); ++i) EXPECT_LT(rows[i - 1].Name, rows[i].Name) << NameOf(rows[i]);
   }
@@ -32,10 +28,23 @@ TEST(FunctionTable, FamiliesAreSortedAndNamesUnique) {
   for (size_t i = 1; i < all.size(); ++i) EXPECT_LT(all[i - 1]->Name, all[i]->Name) << NameOf(*all[i]);
 }
 
+/// A function's first name and its other spellings.
+std::vector<std::u16string> NamesOf(const TFunctionDef& ARow) {
+  std::vector<std::u16string> names{std::u16string(ARow.Name)};
+  std::u16string_view rest = ARow.Spellings;
+  while (!rest.empty()) {
+    names.emplace_back(rest.substr(0, rest.find(u' ')));
+    rest.remove_prefix(std::min(names.back().size() + 1, rest.size()));
+  }
+  return names;
+}
+
 TEST(FunctionTable, RowsAreComplete) {
   for (const TFunctionDef* row : AllFunctions()) {
-    EXPECT_EQ(FindFunction(row->Name), row) << NameOf(*row);
-    EXPECT_EQ(CanonicalFunctionName(row->Name), row->Name);
+    for (const std::u16string& name : NamesOf(*row)) {
+      EXPECT_EQ(FindFunction(name), row) << Utf16ToUtf8(name);
+      EXPECT_EQ(CanonicalFunctionName(name), name);
+    }
     EXPECT_FALSE(row->Description.empty()) << NameOf(*row);
     EXPECT_EQ(row->Description.find(u'\n'), row->Description.npos) << NameOf(*row);
     EXPECT_TRUE(row->MaxArgs == -1 || row->MaxArgs >= row->MinArgs) << NameOf(*row);
