@@ -76,7 +76,7 @@ void AddSheet(CLI::App& AApp, TArguments& AArguments) {
 }
 
 void AddRange(CLI::App& AApp, TArguments& AArguments) {
-  AApp.add_option("-r,--range", AArguments.Range, "Cells, for example A1:H20");
+  AApp.add_option("-r,--range", AArguments.Range, "Cells, for example A1:H20, B:D or 2:5");
 }
 
 void AddNoRecalc(CLI::App& AApp, TArguments& AArguments) {

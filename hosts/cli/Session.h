@@ -73,7 +73,7 @@ class TSession {
 /// The format that a file's name stands for; other text files (.txt, .tsv, .tab) are read as CSV is.
 TTessarineFileFormat FormatOfFile(const std::string& AFileName);
 
-/// A range such as "B2:D10" or "C3"; throws ECli for what is none.
+/// A range such as "B2:D10", "C3", "B:D" (whole columns) or "2:5" (whole rows); throws ECli for what is none.
 TCellRange ParseRange(const std::string& AText);
 
 /// A cell such as "B2"; throws ECli for what is none.

@@ -89,9 +89,14 @@ class TSheetPrinter {
   bool FHasColors;
 };
 
-/// What is shown of a sheet: the asked range inside the used area, or the first rows of that.
+/// What is shown of a sheet: the asked range, whole columns and rows cut to the used area, or the first rows of that.
 TCellRange ShownRange(const TWorksheet& ASheet, const TCellRange* AAsked) {
-  if (AAsked) return *AAsked;
+  if (AAsked) {
+    TCellRange range = *AAsked;
+    if (range.EndRow == kMaxRow) range.EndRow = std::max(range.StartRow, ASheet.UsedMaxRow());
+    if (range.EndCol == kMaxCol) range.EndCol = std::max(range.StartCol, ASheet.UsedMaxCol());
+    return range;
+  }
   return {1, 1, ASheet.UsedMaxCol(), std::min(ASheet.UsedMaxRow(), kMostRows)};
 }
 

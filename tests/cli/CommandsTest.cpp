@@ -150,6 +150,9 @@ TEST_F(CliCommands, ShowLaysOutATable) {
             "  │   A   │  B\n"
             "──┼───────┼─────\n"
             "4 │ =B2*2 │ =1/0\n");
+  EXPECT_EQ(RunLine({"show", Sample, "--formulas", "--range", "4:4"}).Out,
+            RunLine({"show", Sample, "--formulas", "--range", "A4:B4"}).Out);
+  EXPECT_EQ(RunLine({"show", Sample, "--range", "$b:b"}).Out, RunLine({"show", Sample, "--range", "B1:B5"}).Out);
 }
 
 TEST_F(CliCommands, ShowUsesColoursOnlyWhereThereAreSome) {
