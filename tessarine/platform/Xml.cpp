@@ -524,6 +524,32 @@ void TXmlReader::SkipElement() {
   }
 }
 
+/// What it turns away (and so every error but a bad character, which is found at its place in either way) is left to
+/// Next().
+bool TXmlReader::TryReadLeaf(std::string_view AName, std::string_view& AText) {
+  const size_t depth = FEvent == xeEndElement ? FDepth - 1 : FDepth;
+  if (FIsSelfClosing || depth == 0 || depth >= FLimits.MaxXmlDepth) return false;
+  const size_t size = AName.size();
+  const char* at = FPos;
+  if (static_cast<size_t>(FEnd - at) < size + 2 || *at != '<' || at[size + 1] != '>') return false;
+  if (!SameBytes(at + 1, AName.data(), size)) return false;
+  const std::string_view name(at + 1, size);
+  const char* const text = at + size + 2;
+  at = FindXmlTextStop(text, FEnd);
+  if (static_cast<size_t>(FEnd - at) < size + 3 || *at != '<' || at[1] != '/' || at[size + 2] != '>') return false;
+  if (!SameBytes(at + 2, AName.data(), size)) return false;
+  FEvent = xeText;  // in case of an exception
+  FAttributes.clear();
+  if (depth == FOpen.size()) FOpen.emplace_back();
+  FOpen[depth] = name;
+  FDepth = depth + 1;
+  FPos = at + size + 3;
+  if (FPos > FChecked) CheckCharsTo(FPos);
+  FEvent = xeEndElement;
+  AText = XmlView(text, at);
+  return true;
+}
+
 void AppendElementText(TXmlReader& AReader, std::string& AOut) {
   const size_t depth = AReader.Depth();
   for (;;) {

@@ -73,6 +73,12 @@ class TXmlReader {
   /// Called at a start event: goes on to the end event of that element.
   void SkipElement();
 
+  /// When nothing but <AName>text</AName> comes next, spelled exactly so, with plain text (no reference, carriage
+  /// return or "]"; it may be empty): goes on to the end event of that element in one step, with the text in AText
+  /// until the next Next(). Else false, and nothing has happened. The way by Next() reads the same and is its
+  /// definition.
+  bool TryReadLeaf(std::string_view AName, std::string_view& AText);
+
   /// Throws EFileFormat with AFinding behind part and line of the place that was read last.
   [[noreturn]] void Fail(std::string_view AFinding) const { FailAt(FPos, AFinding); }
 

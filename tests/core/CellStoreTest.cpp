@@ -433,6 +433,36 @@ TEST(CellStore, ColumnEndsWithItsLastCellHoweverFarTheOthersAre) {
   EXPECT_EQ(store.BytesUsed(), bytes);  // directory and tiles are used again
 }
 
+/// Cells written downward are appended, those written upward never are.
+TEST(CellStore, HoldsTheSameInWhateverOrderItIsFilled) {
+  TFormulaPool pool;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    TRandomCells random(seed);
+    std::map<std::pair<int32_t, int32_t>, TCellValue> cells;
+    const uint32_t gap = 1 + random.Below(6);
+    for (int32_t col = 1; col <= 3; ++col) {
+      for (int32_t row = 1; row <= 1100; row += 1 + static_cast<int32_t>(random.Below(gap)))
+        cells[{col, row}] = random.Value(true);
+    }
+    TCellStore down(pool), up(pool);
+    for (const auto& [place, value] : cells) down.SetValue(place.first, place.second, value, 1);
+    for (auto cell = cells.rbegin(); cell != cells.rend(); ++cell)
+      up.SetValue(cell->first.first, cell->first.second, cell->second, 1);
+    for (int i = 0; i < 100; ++i) {  // among and over the others, in both
+      const auto row = static_cast<int32_t>(1 + random.Below(1200));
+      const TCellValue value = random.Value(true);
+      for (TCellStore* store : {&down, &up}) store->SetValue(2, row, value, 1);
+      cells[{2, row}] = value;
+    }
+    for (TCellStore* store : {&down, &up}) {
+      ExpectSound(*store);
+      ASSERT_EQ(store->CellCount(), cells.size());
+      for (const auto& [place, value] : cells)
+        ASSERT_EQ(store->Get(place.first, place.second), CellOf(value, 1)) << seed << ": " << place.second;
+    }
+  }
+}
+
 TEST(CellStore, EmptiedTilesShrinkAndTakeCellsAgain) {
   TFormulaPool pool;
   TCellStore store(pool);

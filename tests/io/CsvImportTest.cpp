@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <random>
 #include <stop_token>
 #include <string>
 
+#include <tessarine/core/sheet/detail/CellStore.h>
 #include <tessarine/core/values/DelimitedText.h>
 #include <tessarine/io/csv/Csv.h>
 #include <tessarine/platform/Errors.h>
@@ -169,6 +172,50 @@ TEST(CsvImport, AHostsOwnHandlerSeesEveryCell) {
   TTrickleStream text("1,a\n2", 100);
   TCsvIO::ImportSheet(book, text, 0);
   EXPECT_EQ(seen, "A1=1 B1=a A2=2 ");
+}
+
+/// With a handler every cell is set by itself; without one, texts wait for one another on their way into the cells.
+TEST(CsvImport, GivesTheSameSheetWithAndWithoutAHandler) {
+  static const char* const fields[] = {"north",
+                                       "south-west",
+                                       "Stra\xc3\x9f"
+                                       "e",
+                                       "12.5",
+                                       "\"a, b\"",
+                                       "",
+                                       "x"};
+  std::mt19937 random(3);
+  for (int round = 0; round < 60; ++round) {
+    std::string text;
+    const uint32_t kinds = 1 + random() % 300;
+    for (uint32_t rows = random() % 200; rows > 0; --rows) {
+      for (uint32_t cols = random() % 5; cols > 0; --cols) {
+        const uint32_t pick = random() % 12;
+        if (pick < std::size(fields))
+          text += fields[pick];
+        else if (pick < 11)
+          text += "kind " + std::to_string(random() % kinds);
+        else
+          text += std::string(120 + random() % 20, 'l');
+        text += ",";
+      }
+      text += "end\n";
+    }
+    TCsvImportOptions options;
+    options.Delimiter = u',';
+    options.Limits.MaxTotalBytes = round % 3 == 0 ? 16 * (1 + random() % 400) : options.Limits.MaxTotalBytes;
+    std::string dumps[2];
+    for (const bool isObserved : {false, true}) {
+      TWorkbook book;
+      size_t events = 0;
+      if (isObserved) book.GetSheet(0)->SetOnChange([&](const auto&...) { ++events; });
+      TTrickleStream stream(text, 1 + random() % 40);
+      const std::string error = Thrown([&] { TCsvIO::ImportWithOptions(book, stream, 0, options); });
+      dumps[isObserved ? 1 : 0] = error + Dump(*book.GetSheet(0));
+      EXPECT_EQ(events, isObserved ? book.GetSheet(0)->Store().CellCount() : 0u);
+    }
+    ASSERT_EQ(dumps[0], dumps[1]) << "round " << round;
+  }
 }
 
 TEST(CsvImport, OptionsReadFilesAsTheyAreMet) {

@@ -102,7 +102,8 @@ TEST(XlsxFiles, BrokenOnesAreToldOrOpenSensibly) {
     int32_t Sheets;
     const char* Error;
   } cases[] = {
-      {"derived_bitrot.xlsx", 1, "format: ZIP archive: entry 2 of the directory is damaged"},
+      {"derived_bitrot.xlsx", 1,
+       "format: ZIP archive: entry 2 of the directory is damaged; get or save the file again"},
       {"derived_deep_nesting.xlsx", 4,
        "limit: xl/worksheets/sheet3.xml, line 1: elements are nested deeper than the limit of 256"},
       {"derived_dup_entries.xlsx", 11, "nothing"},

@@ -12,6 +12,7 @@
 #include <tessarine/io/csv/Csv.h>
 #include <tessarine/io/csv/detail/CsvFieldReader.h>
 #include <tessarine/io/csv/detail/CsvSource.h>
+#include <tessarine/io/csv/detail/CsvTextQueue.h>
 #include <tessarine/io/csv/detail/CsvValues.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Files.h>
@@ -26,8 +27,14 @@ constexpr int32_t kDelimiterSampleLines = 200;
 /// host's own handler has to see each of them.
 class TSheetFiller {
  public:
-  TSheetFiller(TWorkbook& AWorkbook, TWorksheet& ASheet, uint64_t AMaxBytes, bool AKeepBounds)
-      : FWorkbook(AWorkbook), FSheet(ASheet), FStore(ASheet.Store()), FMaxCells(AMaxBytes / sizeof(detail::TCellSlot)) {
+  /// ATextBytes: how much text there will be, about.
+  TSheetFiller(TWorkbook& AWorkbook, TWorksheet& ASheet, uint64_t AMaxBytes, bool AKeepBounds, size_t ATextBytes)
+      : FWorkbook(AWorkbook),
+        FSheet(ASheet),
+        FStore(ASheet.Store()),
+        FMaxCells(AMaxBytes / sizeof(detail::TCellSlot)),
+        FTexts(ATextBytes),
+        FQueue(FTexts, FStore) {
     FWorkbook.BeginUpdate();
     FSheet.ClearCells();
     FSheet.Spills().ClearAll();
@@ -52,7 +59,15 @@ class TSheetFiller {
     FStore.SetText(ACol, ARow, std::move(AText), 0);
     Note(ACol, ARow);
   }
-  bool IsFull() const { return FStore.CellCount() >= FMaxCells; }
+  void PutField(int32_t ACol, int32_t ARow, std::string_view AText) {
+    if (!FIsBulk || !FQueue.TryAdd(ACol, ARow, AText))
+      return PutText(ACol, ARow, FTexts.TextOf(AText, static_cast<size_t>(ACol - 1)));
+    Note(ACol, ARow);
+  }
+  bool IsFull() const { return FStore.CellCount() + FQueue.Count() >= FMaxCells; }
+
+  /// To be called behind the last cell: fields that wait get into their cells.
+  void Finish() { FQueue.Flush(); }
 
  private:
   void Note(int32_t ACol, int32_t ARow) {
@@ -64,6 +79,8 @@ class TSheetFiller {
   TWorksheet& FSheet;
   detail::TCellStore& FStore;
   uint64_t FMaxCells;
+  detail::TCsvTextCache FTexts;
+  detail::TCsvTextQueue FQueue;
   bool FIsBulk = false;
   int32_t FMaxCol = 1;
   int32_t FMaxRow = 1;
@@ -91,14 +108,25 @@ class TFieldImport {
  public:
   TFieldImport(TWorkbook& AWorkbook, TWorksheet& ASheet, detail::TCsvSource& ASource, detail::TCsvFieldReader& AReader,
                const TFieldRules& ARules)
-      : FFiller(AWorkbook, ASheet, ARules.MaxBytes, ARules.KeepBounds),
+      : FFiller(AWorkbook, ASheet, ARules.MaxBytes, ARules.KeepBounds,
+                ASource.IsFinal() ? ASource.Size() : std::numeric_limits<size_t>::max()),
         FSource(ASource),
         FReader(AReader),
         FRules(ARules),
-        FNumbers(ARules.Settings),
-        FTexts(ASource.IsFinal() ? ASource.Size() : std::numeric_limits<size_t>::max()) {}
+        FNumbers(ARules.Settings) {}
 
   void Run() {
+    try {
+      ReadRows();
+    } catch (...) {
+      FFiller.Finish();  // what stands before the error has been read
+      throw;
+    }
+    FFiller.Finish();
+  }
+
+ private:
+  void ReadRows() {
     detail::TCsvField field;
     int64_t line = FReader.Line();
     for (int64_t fileRow = 1; FReader.Next(field); ++fileRow) {
@@ -111,7 +139,6 @@ class TFieldImport {
     }
   }
 
- private:
   /// AField is the first field of the row, which begins on line ALine of the file.
   void ReadRow(detail::TCsvField& AField, int64_t ALine) {
     if (FRules.SkipEmptyLines && AField.EndsRow && AField.Text.empty()) return;
@@ -133,7 +160,7 @@ class TFieldImport {
     } else if (!FRules.AllText && !(FRules.QuotedIsText && AField.IsQuoted) && FNumbers.Read(AField.Text, number)) {
       FFiller.PutNumber(ACol, FRow, number);
     } else {
-      FFiller.PutText(ACol, FRow, FTexts.TextOf(AField.Text, static_cast<size_t>(ACol - 1)));
+      FFiller.PutField(ACol, FRow, AField.Text);
     }
   }
 
@@ -147,7 +174,6 @@ class TFieldImport {
   detail::TCsvFieldReader& FReader;
   const TFieldRules& FRules;
   detail::TCsvNumberReader FNumbers;
-  detail::TCsvTextCache FTexts;
   int32_t FRow = 0;
 };
 

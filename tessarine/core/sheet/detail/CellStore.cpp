@@ -165,7 +165,7 @@ TCellStore::TPlace TCellStore::Open(int32_t ACol, int32_t ARow) {
   TTile*& link = TileLink(ACol, tileIndex);
   if (!link) {
     TTileColumn& column = FColumns[static_cast<size_t>(ACol - 1)];
-    link = NewTile(1);
+    link = NewTile(FollowsFullTile(ACol, tileIndex) ? kTileRows : 1);
     column.Pages[tileIndex / kPageTiles]->Used |= 1u << (tileIndex % kPageTiles);
     column.TileLimit = std::max(column.TileLimit, static_cast<int32_t>(tileIndex) + 1);
   } else if (link->Has(row)) {
@@ -181,8 +181,36 @@ TCellStore::TPlace TCellStore::Open(int32_t ACol, int32_t ARow) {
   return {tile, new (slot) TCellSlot};
 }
 
+/// A column that is filled downward has the room of its next tile at once instead of growing it eight times.
+bool TCellStore::FollowsFullTile(int32_t ACol, uint32_t ATileIndex) const {
+  const TTile* const above = ATileIndex == 0 ? nullptr : FindTile(ACol, static_cast<int32_t>(ATileIndex) - 1);
+  return above && above->Count == kTileRows;
+}
+
+/// OpenBlankPlain for a row below all that its tile stores and with room for it, as loaders write them: nothing has to
+/// be found, moved or released. No tile in the result for any other place.
+inline TCellStore::TPlace TCellStore::TryAppend(int32_t ACol, int32_t ARow) {
+  const uint32_t row = static_cast<uint32_t>(ARow - 1) % kTileRows;
+  // The tiles are this store's own: only the way to them is const.
+  auto* const tile = const_cast<TTile*>(FindTile(ACol, (ARow - 1) / kTileRows));
+  if (!tile || tile->Count == tile->Capacity) return {nullptr, nullptr};
+  const uint32_t word = row >> 6;
+  uint64_t behind = tile->Occupied[word] >> (row & 63);
+  for (uint32_t i = word + 1; i < 4; ++i) behind |= tile->Occupied[i];
+  if (behind != 0) return {nullptr, nullptr};
+  tile->Occupied[word] |= uint64_t{1} << (row & 63);
+  for (uint32_t i = word + 1; i < 4; ++i) ++tile->Below[i];
+  ++FCellCount;
+  return {tile, new (tile->Slots() + tile->Count++) TCellSlot};
+}
+
 /// The slot of a place, blank: what it held is released.
-TCellStore::TPlace TCellStore::OpenBlank(int32_t ACol, int32_t ARow) {
+inline TCellStore::TPlace TCellStore::OpenBlank(int32_t ACol, int32_t ARow) {
+  const TPlace place = TryAppend(ACol, ARow);
+  return place.Tile ? place : OpenBlankPlain(ACol, ARow);
+}
+
+TCellStore::TPlace TCellStore::OpenBlankPlain(int32_t ACol, int32_t ARow) {
   const TPlace place = Open(ACol, ARow);
   DropContent(ACol, ARow, place);
   return place;

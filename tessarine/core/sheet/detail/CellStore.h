@@ -341,6 +341,9 @@ class TCellStore {
   TTile*& TileLink(int32_t ACol, uint32_t ATileIndex);
   TPlace Open(int32_t ACol, int32_t ARow);
   TPlace OpenBlank(int32_t ACol, int32_t ARow);
+  TPlace OpenBlankPlain(int32_t ACol, int32_t ARow);
+  TPlace TryAppend(int32_t ACol, int32_t ARow);
+  bool FollowsFullTile(int32_t ACol, uint32_t ATileIndex) const;
   TTile* NewTile(uint32_t ACapacity);
   TTile* Resized(TTile* ATile, uint32_t ACapacity);
   void FreeTile(TTile* ATile) noexcept;

@@ -77,6 +77,13 @@ uint64_t WordAt(const char* AAt) {
   return word;
 }
 
+/// Asks the processor for the line of its cache at a place; only a hint.
+void Fetch([[maybe_unused]] const void* APlace) {
+#if defined(__GNUC__)
+  __builtin_prefetch(APlace);
+#endif
+}
+
 /// A hash for short texts, mixed by multiplication (the constant is 2^64 divided by the golden ratio).
 uint64_t HashOfBytes(std::string_view AText) {
   constexpr uint64_t kFactor = 0x9E3779B97F4A7C15u;
@@ -86,6 +93,7 @@ uint64_t HashOfBytes(std::string_view AText) {
   };
   const size_t count = AText.size();
   uint64_t hash = count * kFactor;
+  if (count == 0) return hash;
   if (count < 8) return mix(hash, TailWord(AText.data(), count));
   hash = mix(hash, WordAt(AText.data()));
   for (size_t at = 8; at + 8 < count; at += 8) hash = mix(hash, WordAt(AText.data() + at));
@@ -179,13 +187,22 @@ uint32_t TCsvTextCache::WaysWithTag(const TBucket& ABucket, uint32_t ATag) {
   return ways;
 }
 
-TText TCsvTextCache::TextOf(std::string_view AText, size_t ACol) {
+uint64_t TCsvTextCache::HashOf(std::string_view AText) { return HashOfBytes(AText); }
+
+void TCsvTextCache::FetchBucket(uint64_t AHash) const { Fetch(&FBuckets[AHash & (FBuckets.size() - 1)]); }
+
+void TCsvTextCache::FetchTexts(uint64_t AHash) const {
+  const TBucket& bucket = FBuckets[AHash & (FBuckets.size() - 1)];
+  for (uint32_t ways = WaysWithTag(bucket, static_cast<uint32_t>(AHash >> 32)); ways != 0; ways &= ways - 1)
+    Fetch(bucket.Blocks[std::countr_zero(ways)]);
+}
+
+TText TCsvTextCache::TextOf(std::string_view AText, size_t ACol, uint64_t AHash) {
   if (ACol >= FColumns.size()) FColumns.resize(ACol + 1);
   TColumn& column = FColumns[ACol];
-  if (AText.empty() || AText.size() > kLongest || !column.IsShared) return TText::FromUtf8(AText);
-  const uint64_t hash = HashOfBytes(AText);
-  const auto tag = static_cast<uint32_t>(hash >> 32);
-  TBucket& bucket = FBuckets[hash & (FBuckets.size() - 1)];
+  if (!IsLookedUp(AText, ACol)) return TText::FromUtf8(AText);
+  const auto tag = static_cast<uint32_t>(AHash >> 32);
+  TBucket& bucket = FBuckets[AHash & (FBuckets.size() - 1)];
   for (uint32_t ways = WaysWithTag(bucket, tag); ways != 0; ways &= ways - 1) {
     const auto way = static_cast<size_t>(std::countr_zero(ways));
     if (!bucket.Blocks[way] || !IsSameAscii(AText, bucket.Blocks[way]->View())) continue;

@@ -61,8 +61,19 @@ class TCsvTextCache {
   TCsvTextCache& operator=(const TCsvTextCache&) = delete;
   ~TCsvTextCache();
 
+  static constexpr size_t kLongest = 128;  // bytes of a text that is shared
+
   /// ACol: 0-based.
-  TText TextOf(std::string_view AText, size_t ACol);
+  TText TextOf(std::string_view AText, size_t ACol) { return TextOf(AText, ACol, HashOf(AText)); }
+
+  /// The same in steps: for a text that is looked up, its hash, two hints to fetch what will be read, and the text.
+  bool IsLookedUp(std::string_view AText, size_t ACol) const {
+    return !AText.empty() && AText.size() <= kLongest && (ACol >= FColumns.size() || FColumns[ACol].IsShared);
+  }
+  static uint64_t HashOf(std::string_view AText);
+  void FetchBucket(uint64_t AHash) const;
+  void FetchTexts(uint64_t AHash) const;
+  TText TextOf(std::string_view AText, size_t ACol, uint64_t AHash);
 
  private:
   struct TColumn {
@@ -82,8 +93,7 @@ class TCsvTextCache {
   };
 
   static constexpr size_t kMostBuckets = size_t{1} << 13;
-  static constexpr size_t kLongest = 128;  // bytes of a text that is shared
-  static constexpr uint32_t kLot = 4096;   // references taken at a time
+  static constexpr uint32_t kLot = 4096;  // references taken at a time
   static constexpr uint32_t kTrial = 4096;
 
   static TText HandOut(TBucket& ABucket, size_t AWay);

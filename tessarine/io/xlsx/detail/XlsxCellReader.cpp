@@ -71,8 +71,11 @@ void TXlsxCellReader::ReadCell() {
     return;
   }
   FHasValue = FHasFormula = FHasInline = false;
-  for (TXmlEvent event = FReader.Next(); event != xeEndElement && event != xeEnd; event = FReader.Next()) {
+  for (;;) {
+    if (TryReadLeafChild()) continue;
+    const TXmlEvent event = FReader.Next();
     if (event == xeStartElement) ReadChild();
+    if (event == xeEndElement || event == xeEnd) break;
   }
   std::u16string_view formula;
   if (FHasFormula) formula = FFormulas.Resolve(FFormula, FAddress, FReader.PartName());
@@ -130,6 +133,21 @@ void TXlsxCellReader::SetType(std::string_view AType) {
   if (AType == "inlineStr") FType = TCellType::ctInlineText;
 }
 
+/// ReadChild for a value or a formula of nothing but text, as nearly all are.
+bool TXlsxCellReader::TryReadLeafChild() {
+  std::string_view text;
+  if (!FHasValue && FReader.TryReadLeaf("v", text)) {
+    FHasValue = true;
+    FValue.assign(text);
+    return true;
+  }
+  if (FHasFormula || !FReader.TryReadLeaf("f", text)) return false;
+  FHasFormula = true;
+  SetFormulaDefaults();
+  FFormula.Text.assign(text);
+  return true;
+}
+
 /// Of each kind the first one counts.
 void TXlsxCellReader::ReadChild() {
   if (!FHasValue && XlsxIsElement(FReader, "v")) {
@@ -146,10 +164,14 @@ void TXlsxCellReader::ReadChild() {
   }
 }
 
-void TXlsxCellReader::ReadFormulaElement() {
+void TXlsxCellReader::SetFormulaDefaults() {
   FFormula.IsShared = FFormula.IsArray = false;
   FFormula.SharedIndex = -1;
   FFormula.ArrayRange = {};
+}
+
+void TXlsxCellReader::ReadFormulaElement() {
+  SetFormulaDefaults();
   if (FReader.AttributeCount() != 0) {
     const TXmlAttributes attributes = FReader.Attributes();
     const std::string_view type = XlsxAttr(attributes, "t");

@@ -61,7 +61,9 @@ class TXlsxCellReader {
   bool ReadAttributesPlain();
   bool TryReadAttributes();
   void SetType(std::string_view AType);
+  bool TryReadLeafChild();
   void ReadChild();
+  void SetFormulaDefaults();
   void ReadFormulaElement();
   void StoreCell(std::u16string_view AFormula);
   void StoreShared();

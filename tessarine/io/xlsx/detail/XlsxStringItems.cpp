@@ -16,7 +16,9 @@ constexpr size_t kItemsPerPoll = 4096;
 
 void TXlsxStringItemReader::Read() {
   FRuns.clear();
-  bool hasText = false;
+  std::string_view text;
+  bool hasText = FReader.TryReadLeaf("t", text);
+  if (hasText) FText = XlsxText(text);
   for (TXmlEvent event = FReader.Next(); event != xeEndElement && event != xeEnd; event = FReader.Next()) {
     if (event != xeStartElement) continue;
     if (hasText) {
