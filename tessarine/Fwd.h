@@ -41,17 +41,48 @@ struct TSparklineData;
 
 // What a sheet owns
 class IDigitMeasurer;
+class TCellCommentList;
+class TConditionalFormatList;
+class TDataValidationList;
 class THyperlinkList;
 class TMergedCellList;
+class TPageSetup;
 class TRowColSizing;
+class TSheetAutoFilter;
+class TSheetSlicer;
+class TSheetSlicerList;
 class TSheetTable;
 class TSheetTableList;
 class TSpillMap;
+struct TAutoFilterColumn;
+struct TAutoFilterState;
+struct TCellComment;
+struct TConditionalFormatRule;
+struct TDataValidationRule;
+struct THeaderFooterSection;
 struct TMergeAnchor;
 struct TMergedRange;
 struct TOutlineGroup;
 struct TSheetSavedView;
+struct TPaperDimensions;
+struct TPrintJobSettings;
+struct TSheetRangeText;
 struct TSpillRange;
+struct TValidationPrompt;
+struct TValidationVerdict;
+
+// Undo
+class IUndoCommand;
+class TCellEditCommand;
+class TMultiCellEditCommand;
+class TUndoManager;
+struct TCellSnapshot;
+
+// The network
+class IHttpClient;
+struct THttpRequest;
+struct THttpResponse;
+struct THtmlPastedCell;
 
 // Providers of external data
 class ITessarineGoogleFinanceProvider;
@@ -64,18 +95,23 @@ struct TStockHistoryBar;
 
 // Formulas
 class TAstNode;
+class ILambdaClosure;
+class TLambdaClosure;
 class TFormulaArg;
 class TFormulaAssist;
 class TFormulaDependencyGraph;
 class TFormulaEvaluator;
 class TFormulaParser;
 class TFormulaTokenizer;
+class TTessarineRtdHub;
 struct TCellId;
 struct TFormulaToken;
 struct TAutocompletePrefix;
 struct TFormulaColorSpan;
 struct TFormulaRefHighlight;
 struct TFunctionDef;
+struct TRtdCellRef;
+struct TRtdTopicKey;
 
 // Files
 class TCsvIO;

@@ -76,6 +76,11 @@ const std::vector<TWorkload>& Workloads() {
       {"W6", "CSV", MeasureCsv, PrepareCsv},
       {"W8", "memory of the cell store", MeasureStore, nullptr},
       {"W12", "filled-down formulas", MeasureFilledDown, nullptr},
+      {"W13", "MAP and REDUCE", MeasureLambdas, nullptr},
+      {"W14", "query", MeasureQuery, nullptr},
+      {"W15", "SORT, UNIQUE and FILTER", MeasureArrays, nullptr},
+      {"W16", "text functions", MeasureTextFunctions, nullptr},
+      {"W17", "distributions and finance", MeasureDistributions, nullptr},
       {"W25", "an edit with ten dependents", MeasureSmallEdit, nullptr},
       {"W26", "display texts", MeasureDisplayTexts, nullptr},
   };

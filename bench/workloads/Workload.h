@@ -52,6 +52,11 @@ void MeasureCsv(TRun& ARun);
 void PrepareCsv(TRun& ARun);
 void MeasureStore(TRun& ARun);
 void MeasureFilledDown(TRun& ARun);
+void MeasureArrays(TRun& ARun);
+void MeasureLambdas(TRun& ARun);
+void MeasureDistributions(TRun& ARun);
+void MeasureQuery(TRun& ARun);
+void MeasureTextFunctions(TRun& ARun);
 void MeasureSmallEdit(TRun& ARun);
 void MeasureDisplayTexts(TRun& ARun);
 

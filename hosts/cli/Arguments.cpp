@@ -52,7 +52,7 @@ constexpr std::array<TCommandText, 7> kCommands = {{
     {cmConvert, "convert", "Save a workbook in another format",
      "  tessarine convert budget.xlsx budget.csv\n  tessarine convert data.csv out.csv --delimiter \";\" --no-bom\n"},
     {cmFunctions, "functions", "The functions that formulas may call",
-     "  tessarine functions\n  tessarine functions --json\n"},
+     "  tessarine functions\n  tessarine functions --json\n  tessarine functions --markdown > functions.md\n"},
 }};
 
 constexpr const char* kFooter = R"(
@@ -83,12 +83,17 @@ void AddNoRecalc(CLI::App& AApp, TArguments& AArguments) {
   AApp.add_flag("--no-recalc", AArguments.NoRecalc, "Take the results that the file holds");
 }
 
+void AddAllowWeb(CLI::App& AApp, TArguments& AArguments) {
+  AApp.add_flag("--allow-web", AArguments.AllowWeb, "Let formulas such as WEBSERVICE fetch from the network");
+}
+
 void AddOutputOptions(CLI::App& AApp, TArguments& AArguments) {
   AddFrom(AApp, AArguments);
   AApp.add_option("--to", AArguments.To, "Format of the output when its name does not tell: csv");
   AddSheet(AApp, AArguments);
   AApp.add_option("-d,--delimiter", AArguments.Delimiter, "Between the fields of a CSV output; \"tab\" is one, too");
   AApp.add_flag("--no-bom", AArguments.NoBom, "No byte-order mark at the start of a CSV output");
+  AddAllowWeb(AApp, AArguments);
 }
 
 void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
@@ -105,6 +110,7 @@ void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
       AddRange(AApp, AArguments);
       AApp.add_flag("--formulas", AArguments.Formulas, "Formulas instead of their results");
       AddNoRecalc(AApp, AArguments);
+      AddAllowWeb(AApp, AArguments);
       AddFrom(AApp, AArguments);
       return;
     case cmCells:
@@ -113,6 +119,7 @@ void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
       AddSheet(AApp, AArguments);
       AddRange(AApp, AArguments);
       AddNoRecalc(AApp, AArguments);
+      AddAllowWeb(AApp, AArguments);
       AddFrom(AApp, AArguments);
       return;
     case cmEval:
@@ -122,6 +129,7 @@ void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
       AApp.add_option("--batch", AArguments.Batch,
                       "A file of questions, a JSON object a line: {\"f\": \"=A1*2\", \"cells\": {\"A1\": 21}}");
       AddNoRecalc(AApp, AArguments);
+      AddAllowWeb(AApp, AArguments);
       AddFrom(AApp, AArguments);
       return;
     case cmRecalc:
@@ -136,7 +144,10 @@ void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
       AddOutputOptions(AApp, AArguments);
       AddNoRecalc(AApp, AArguments);
       return;
-    case cmFunctions: AApp.add_flag("--json", AArguments.Json, "One JSON object a line"); return;
+    case cmFunctions:
+      AApp.add_flag("--markdown", AArguments.Markdown, "A document of all functions by family")
+          ->excludes(AApp.add_flag("--json", AArguments.Json, "One JSON object a line"));
+      return;
   }
 }
 

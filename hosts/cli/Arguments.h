@@ -23,8 +23,10 @@ struct TArguments {
   std::string Delimiter = ",";
   bool NoBom = false;
   bool NoRecalc = false;
+  bool AllowWeb = false;  // formulas may fetch from the network
   bool Json = false;
   bool Formulas = false;             // show
+  bool Markdown = false;             // functions
   std::vector<std::string> Formula;  // eval; may begin with the input's name
 };
 

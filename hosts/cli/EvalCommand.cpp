@@ -112,8 +112,10 @@ TCellAddress FreeCell(const TQuestion& AQuestion) {
   return {std::min(lastCol + 1, kMaxCol), 1};
 }
 
-TFormulaArg Answer(const TQuestion& AQuestion, const std::optional<TCellAddress>& AAt, const TWorkControl& AControl) {
+TFormulaArg Answer(const TQuestion& AQuestion, const std::optional<TCellAddress>& AAt, bool AAllowWeb,
+                   const TWorkControl& AControl) {
   TWorkbook workbook;
+  workbook.SetNetworkAllowed(AAllowWeb);
   TFormulaEvaluator evaluator(workbook);
   bool hasFormulas = false;
   for (const auto& [address, value] : AQuestion.Cells) {
@@ -168,7 +170,7 @@ int RunBatch(const TArguments& AArguments, const std::optional<TCellAddress>& AA
     } catch (const EFileFormat& error) {
       throw ECli(ecInput, error.what());
     }
-    PutAnswer(Answer(question, AAt, ASession.Control()), ASession.Out());
+    PutAnswer(Answer(question, AAt, AArguments.AllowWeb, ASession.Control()), ASession.Out());
     ASession.Drain();
   }
   return ecDone;
@@ -186,6 +188,7 @@ bool NamesWorkbook(const std::string& AWord) {
 int RunEval(const TArguments& AArguments, TSession& ASession) {
   std::optional<TCellAddress> at;
   if (!AArguments.At.empty()) at = ParseCell(AArguments.At);
+  ASession.Workbook().SetNetworkAllowed(AArguments.AllowWeb);
   std::vector<std::string> formulas = AArguments.Formula;
   if (!AArguments.Batch.empty()) {
     if (!formulas.empty()) throw ECli(ecUsage, "--batch takes its formulas from the file; give no others");

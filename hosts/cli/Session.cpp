@@ -76,6 +76,7 @@ TSession::TSession(TCliStreams& AStreams)
   FControl.Stop = AStreams.Stop;
   FControl.Progress = [this](const TTessarineProgressEvent& AEvent) { FProgress.Report(AEvent); };
   FWorkbook = std::make_unique<TWorkbook>();
+  FWorkbook->SetNetworkAllowed(false);
   FEvaluator = std::make_unique<TFormulaEvaluator>(*FWorkbook);
 }
 
@@ -153,6 +154,7 @@ void TSession::Load(const TArguments& AArguments) {
   const TTessarineFileFormat format = AArguments.From.empty() ? ffAuto : FormatOfName(AArguments.From);
   const std::string name = AArguments.Input == "-" ? "standard input" : AArguments.Input;
   const char16_t decimalSeparator = DecimalSeparatorOf(AArguments);
+  FWorkbook->SetNetworkAllowed(AArguments.AllowWeb);
   try {
     LoadFrom(AArguments.Input, format, decimalSeparator);
   } catch (const ELimit& error) {

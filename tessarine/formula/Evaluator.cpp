@@ -3,6 +3,7 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/formula/DependencyGraph.h>
+#include <tessarine/formula/RtdHub.h>
 #include <tessarine/formula/detail/Interpreter.h>
 #include <tessarine/formula/detail/Recalculation.h>
 
@@ -12,10 +13,19 @@ struct TFormulaEvaluator::TState {
   explicit TState(TWorkbook& AWorkbook)
       : Workbook(AWorkbook), Interpreter(AWorkbook), Recalculation(AWorkbook, Interpreter, Graph) {
     Interpreter.SetSpillListener(&Recalculation);
+    Interpreter.SetRtdHub(&RtdHub);
+    RtdHub.SetOnDirty(
+        [this](const TRtdCellRef& ACell) { Recalculation.NotifyCellChanged(ACell.SheetIndex, ACell.Col, ACell.Row); });
+  }
+
+  /// Real-time notifications that came while an evaluation asked its source are carried out behind it.
+  void DeliverRtd() {
+    if (RtdHub.HasPending() && Interpreter.IsIdle()) RtdHub.DeliverPending();
   }
 
   TWorkbook& Workbook;
   TFormulaDependencyGraph Graph;
+  TTessarineRtdHub RtdHub;
   detail::TInterpreter Interpreter;
   detail::TRecalculation Recalculation;
 };
@@ -25,11 +35,15 @@ TFormulaEvaluator::TFormulaEvaluator(TWorkbook& AWorkbook) : FState(std::make_un
 TFormulaEvaluator::~TFormulaEvaluator() = default;
 
 TCellValue TFormulaEvaluator::Evaluate(TTextArg AFormula, int32_t ASheetIndex) {
-  return FState->Interpreter.EvaluateText(AFormula.View(), ASheetIndex);
+  TCellValue value = FState->Interpreter.EvaluateText(AFormula.View(), ASheetIndex);
+  FState->DeliverRtd();
+  return value;
 }
 
 TFormulaArg TFormulaEvaluator::EvaluateAt(TTextArg AFormula, int32_t ASheetIndex, int32_t ACol, int32_t ARow) {
-  return FState->Interpreter.EvaluateTextAt(AFormula.View(), ASheetIndex, ACol, ARow);
+  TFormulaArg value = FState->Interpreter.EvaluateTextAt(AFormula.View(), ASheetIndex, ACol, ARow);
+  FState->DeliverRtd();
+  return value;
 }
 
 TCellValue TFormulaEvaluator::EvaluateCell(int32_t ASheetIndex, int32_t ACol, int32_t ARow) {
@@ -38,6 +52,7 @@ TCellValue TFormulaEvaluator::EvaluateCell(int32_t ASheetIndex, int32_t ACol, in
   const TCell cell = sheet->GetCellAt(ACol, ARow);
   if (cell.Value.Kind != cvkFormula) return cell.Value;
   FState->Interpreter.EvaluateFormulaCell(ASheetIndex, ACol, ARow);
+  FState->DeliverRtd();
   sheet = FState->Workbook.GetSheet(ASheetIndex);
   if (!sheet) return {};
   const TCell result = sheet->GetCellAt(ACol, ARow);
@@ -50,11 +65,15 @@ void TFormulaEvaluator::RegisterCellFormula(int32_t ASheetIndex, int32_t ACol, i
 
 void TFormulaEvaluator::NotifyCellChanged(int32_t ASheetIndex, int32_t ACol, int32_t ARow) {
   FState->Recalculation.NotifyCellChanged(ASheetIndex, ACol, ARow);
+  FState->DeliverRtd();
 }
 
 void TFormulaEvaluator::RebuildAllDependencies() { FState->Recalculation.RebuildAllDependencies(); }
 
-void TFormulaEvaluator::RecalculateAll(const TWorkControl& AControl) { FState->Recalculation.RecalculateAll(AControl); }
+void TFormulaEvaluator::RecalculateAll(const TWorkControl& AControl) {
+  FState->Recalculation.RecalculateAll(AControl);
+  FState->DeliverRtd();
+}
 
 void TFormulaEvaluator::RecalculateSheet(const TWorksheet* ASheet) {
   if (FState->Workbook.IndexOfSheet(ASheet) < 0) return;
@@ -62,12 +81,21 @@ void TFormulaEvaluator::RecalculateSheet(const TWorksheet* ASheet) {
   RecalculateAll();
 }
 
+void TFormulaEvaluator::NotifyRtdUpdate(const TText& AProgId, const TText& AServer, std::span<const TText> ATopics) {
+  FState->RtdHub.NotifyUpdate(AProgId, AServer, ATopics);
+}
+
+void TFormulaEvaluator::NotifyRtdUpdateAll() { FState->RtdHub.NotifyUpdateAll(); }
+
 void TFormulaEvaluator::Reset() {
   FState->Interpreter.Reset();
   FState->Recalculation.Reset();
+  FState->RtdHub.ClearSubscriptions();
 }
 
 TFormulaDependencyGraph& TFormulaEvaluator::Graph() { return FState->Graph; }
+
+TTessarineRtdHub& TFormulaEvaluator::RtdHub() { return FState->RtdHub; }
 
 detail::TEvaluationOptions& TFormulaEvaluator::Options() { return FState->Interpreter.Options(); }
 

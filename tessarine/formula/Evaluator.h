@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include <tessarine/Export.h>
 #include <tessarine/core/values/CellValue.h>
@@ -13,6 +14,7 @@ namespace tessarine {
 class TWorkbook;
 class TWorksheet;
 class TFormulaDependencyGraph;
+class TTessarineRtdHub;
 
 namespace detail {
 struct TEvaluationOptions;
@@ -55,10 +57,16 @@ class TESSARINE_API TFormulaEvaluator {
   /// For a sheet of this workbook: the whole workbook is recalculated. Null or a foreign sheet: nothing.
   void RecalculateSheet(const TWorksheet* ASheet);
 
-  /// Empties the graph; results stay.
+  /// A source of real-time values reports that a topic, or any of them, has changed: the cells that show it are
+  /// evaluated, and all that depends on them. On the evaluator's thread only.
+  void NotifyRtdUpdate(const TText& AProgId, const TText& AServer, std::span<const TText> ATopics);
+  void NotifyRtdUpdateAll();
+
+  /// Empties the graph and forgets all real-time subscriptions; results stay.
   void Reset();
 
   TFormulaDependencyGraph& Graph();
+  TTessarineRtdHub& RtdHub();
 
   /// Switches of fast paths, for tests and measurements.
   detail::TEvaluationOptions& Options();

@@ -4,6 +4,8 @@
 #include <vector>
 
 #include <tessarine/core/lists/DataValidations.h>
+#include <tessarine/core/sheet/Workbook.h>
+#include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine {
@@ -121,6 +123,19 @@ TEST(DataValidations, EditsMoveRangesAndRewriteFormulasButNoItems) {
   list.ShiftRows(1, -9);
   ASSERT_EQ(list.Count(), 1u);
   EXPECT_TRUE(list.FindByName(u"TIP")->Ranges.empty());
+}
+
+TEST(DataValidations, ItemsOfARangeAreItsStoredTexts) {
+  TWorkbook book;
+  TWorksheet& sheet = *book.GetSheet(0);
+  sheet.SetValue({1, 1}, TCellValue::FromText(u"x"));
+  sheet.SetValue({2, 1}, TCellValue::FromNumber(2.5));
+  sheet.SetValue({2, 2}, TCellValue::FromFormula(u"=1+1"));
+  const std::vector<TText> all = {u"x", u"2.5", u"=1+1"};
+  EXPECT_EQ(sheet.ResolveValidationListItems(u"=$A$1:$B$9"), all);
+  EXPECT_EQ(sheet.ResolveValidationListItems(u"'sheet1'!A1:B9"), all);
+  EXPECT_TRUE(sheet.ResolveValidationListItems(u"=Other!A1:B9").empty());
+  EXPECT_EQ(sheet.ResolveValidationListItems(u"a, b"), (std::vector<TText>{u"a", u"b"}));
 }
 
 }  // namespace

@@ -304,6 +304,61 @@ TEST(ArrayFunctions, ViewsGiveWhatTheirCellsGive) {
   }
 }
 
+TEST(ArrayFunctions, ManyRowsOfAViewAreThoseOfItsCells) {
+  TWorkbook book;
+  TWorksheet& sheet = *book.GetSheet(0);
+  std::mt19937 random(4);
+  const std::string longText = "'" + std::string(80, 'k');
+  for (int32_t row = 1; row <= 300; ++row) {
+    for (int32_t col = 1; col <= 3; ++col) {
+      const std::string digit = std::to_string(random() % 9);
+      const std::string kinds[] = {digit, "'" + digit + "x'", longText + digit + "'", "_", "TRUE", "#N/A"};
+      sheet.SetValue({col, row}, testing::ArgsOf(kinds[random() % 6])[0].First());
+    }
+  }
+  const TFormulaArg view = TFormulaArg::FromView(sheet, 0, 1, 1, 320, 3);
+  const TFormulaArg key = TFormulaArg::FromView(sheet, 0, 2, 1, 320, 1);
+  TFormulaArg array = view;
+  array.Materialize();
+  for (const char* const name : {"SORT", "SORTBY", "FILTER", "UNIQUE", "GROUPBY", "PIVOTBY"}) {
+    std::vector<TFormulaArg> rest;
+    if (std::string(name) != "SORT" && std::string(name) != "UNIQUE") rest = {key, key, key};
+    std::vector<TFormulaArg> viewArgs = {view};
+    std::vector<TFormulaArg> arrayArgs = {array};
+    viewArgs.insert(viewArgs.end(), rest.begin(), rest.end());
+    arrayArgs.insert(arrayArgs.end(), rest.begin(), rest.end());
+    EXPECT_EQ(ShownArg(CallArray(name, viewArgs)), ShownArg(CallArray(name, arrayArgs))) << name;
+  }
+}
+
+/// A million cells of one text of a million units, and of its twin.
+TEST(ArrayFunctions, HugeTextsThatManyCellsShareAreLookedAtOnce) {
+  const std::u16string units(1'000'000, u'1');
+  const TCellValue twins[] = {TCellValue::FromText(TText(units)), TCellValue::FromText(TText(units + u"x"))};
+  std::vector<TCellValue> cells;
+  for (int i = 0; i < 1'000'000; ++i) cells.push_back(twins[i % 2]);
+  cells.back() = TCellValue::FromText(TText(units));  // another block
+  const TFormulaArg column = TFormulaArg::FromRange(std::move(cells), 1'000'000, 1);
+  const TFormulaArg one = TFormulaArg::FromScalar(TCellValue::FromNumber(1));
+  EXPECT_EQ(CallArray("UNIQUE", {column}).RowCount, 2);
+  EXPECT_TRUE(CallArray("SORT", {column}).CellAt(500'000, 0) == twins[0]);
+  const TFormulaArg groups = CallArray("GROUPBY", {column, one, one});
+  EXPECT_EQ(testing::Shown(groups.CellAt(0, 1)) + " " + testing::Shown(groups.CellAt(1, 1)), "500001 499999");
+  EXPECT_EQ(testing::Shown(CallArray("PIVOTBY", {column, column, one, one}).CellAt(1, 1)), "500001");
+}
+
+TEST(ArrayFunctions, WhatFormulasStackCountsAsMade) {
+  TWorkbook book;
+  const TFormulaArg sheetColumn = TFormulaArg::FromView(*book.GetSheet(0), 0, 1, 1, 1'048'576, 1);
+  const TFormulaArg made = CallArray("SEQUENCE", testing::ArgsOf("1000000"));
+  const TFormulaArg cell = TFormulaArg::FromScalar(TCellValue::FromNumber(1));
+  EXPECT_EQ(CallArray("VSTACK", {made}).CellCount(), 1'000'000);
+  EXPECT_EQ(CallArray("VSTACK", {sheetColumn, sheetColumn, made}).CellCount(), 3'097'152);
+  EXPECT_EQ(testing::Shown(CallArray("VSTACK", {made, cell}).First()), "#NUM!");
+  EXPECT_EQ(testing::Shown(CallArray("HSTACK", std::vector<TFormulaArg>(50, made)).First()), "#NUM!");
+  EXPECT_EQ(CallArray("HSTACK", {sheetColumn, cell}).First().ErrorCode, ceNum) << "a million pads";
+}
+
 TEST(ArrayFunctions, UniqueLinesAreThoseOfTheJoinedKeys) {
   std::mt19937 random(9);
   const char* const shown[] = {"_",
@@ -327,6 +382,8 @@ TEST(ArrayFunctions, UniqueLinesAreThoseOfTheJoinedKeys) {
                                "1234.56780000000001",
                                "123456789012345.6",
                                "123456789012345.7",
+                               "'a long text that many cells may share, so long that it is hashed only once'",
+                               "'a long text that many cells may share, so long that it is hashed only once!'",
                                "'a'",
                                "'A'"};
   for (int round = 0; round < 300; ++round) {

@@ -122,10 +122,12 @@ TEST(ExchangeSort, RandomTextsEqualTheLoop) {
     std::vector<TCellValue> cells;
     for (size_t i = 0; i < (round % 4 == 0 ? 700u : 90u); ++i) {
       std::u16string text = round % 3 == 0 ? u"" : i % 2 == 0 ? u"Shared " : u"sHARED ";
+      if (round % 5 == 0 && i % 3 != 1) text.append(70, i % 2 == 0 ? u'q' : u'Q');
       for (size_t unit = random() % (length + 1); unit > 0; --unit) {
         text += random() % 9 == 0 ? u'\0' : units[random() % std::min(alphabet, units.size())];
       }
-      cells.push_back(TCellValue::FromText(TText(text)));
+      const bool isShared = i > 0 && random() % 4 == 0;
+      cells.push_back(isShared ? cells[random() % i] : TCellValue::FromText(TText(text)));
     }
     const auto keys = ViewsOf(cells);
     const bool descending = random() % 2 == 0;

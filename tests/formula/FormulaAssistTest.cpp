@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <random>
 #include <string>
+#include <vector>
 
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/formula/FormulaAssist.h>
+#include <tessarine/formula/FunctionTable.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine {
@@ -132,6 +135,26 @@ TEST(FormulaAssist, CandidatesAreFunctionsNamesAndSheets) {
   for (const auto& row : cases)
     EXPECT_EQ(Joined(TFormulaAssist::AutocompleteCandidates(row.Prefix, &workbook)), row.Candidates);
   EXPECT_EQ(Joined(TFormulaAssist::AutocompleteCandidates(u"cube", nullptr)), "CUBEMEMBER CUBEVALUE");
+}
+
+TEST(FormulaAssist, OfferedNamesAreTheRowsThatAreMarkedAndAllCanBeCalled) {
+  std::vector<std::u16string> marked;
+  for (const TFunctionDef* row : AllFunctions()) {
+    if (row->InCompletion) marked.emplace_back(row->Name);
+  }
+  std::vector<std::u16string> offered;
+  for (const std::u16string_view name : TFormulaAssist::RegisteredFunctionNames()) {
+    const TFunctionDef* row = FindFunction(name);
+    EXPECT_TRUE(row && row->Name == name && row->Tier != ftrUnsupported) << Utf16ToUtf8(name);
+    offered.emplace_back(name);
+  }
+  std::sort(offered.begin(), offered.end());
+  EXPECT_EQ(offered.size(), 160u);
+  EXPECT_EQ(std::adjacent_find(offered.begin(), offered.end()), offered.end());
+  std::vector<std::u16string> differing;
+  std::set_symmetric_difference(offered.begin(), offered.end(), marked.begin(), marked.end(),
+                                std::back_inserter(differing));
+  for (const std::u16string& name : differing) ADD_FAILURE() << Utf16ToUtf8(name) << " is offered or marked, not both";
 }
 
 TEST(FormulaAssist, TabGoesFromArgumentToArgument) {

@@ -71,6 +71,7 @@ void CallSoundly(const TFunctionDef& ARow, const std::string& AArgs, const TForm
 
 TEST(FunctionTable, EveryRowStandsArgumentsOfEveryKindAndCount) {
   TWorkbook book;
+  book.SetNetworkAllowed(false);
   TFormulaContext context;
   context.Workbook = &book;
   context.Sheet = book.GetSheet(0);

@@ -249,7 +249,7 @@ TEST(Program, FlagsTellWhatAFormulaMayDo) {
       {u"=SUM({1,ABS(-A2)})", "calls untracked"},
       {u"=Rate*2", "calls identifiers position"},
       {u"=RAND()+1", "calls identifiers position order"},
-      {u"=WEBSERVICE(A1)", "calls order spill"},
+      {u"=WEBSERVICE(A1)", "calls order"},
       {u"=1+NONESUCH(1)", "calls order"},
       {u"=SUM(Tab[x])", "calls table"},
       {u"=Tab[x]", "position table"},

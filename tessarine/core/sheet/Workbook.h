@@ -16,6 +16,7 @@ class TWorkbook;
 class TWorksheet;
 class TTessarineStyleSheet;
 class TTessarineTheme;
+class IHttpClient;
 class ITessarineStockHistoryProvider;
 class ITessarineRtdProvider;
 class ITessarineGoogleFinanceProvider;
@@ -90,6 +91,12 @@ class TESSARINE_API TWorkbook {
   void PutWebCache(TTextArg AKey, TTextArg AValue);
   void ClearWebCache();
 
+  /// The host's permission for functions that fetch from the network. Without it every fetch of the library fails as an
+  /// unreachable server does; texts in the web cache and the providers below, which are the host's own, still answer.
+  /// Survives NewWorkbook.
+  bool NetworkAllowed() const { return FNetworkAllowed; }
+  void SetNetworkAllowed(bool AValue) { FNetworkAllowed = AValue; }
+
   // ---- change tracking
   void BeginUpdate() { ++FUpdateLock; }
   void EndUpdate();
@@ -117,6 +124,8 @@ class TESSARINE_API TWorkbook {
   std::shared_ptr<ITessarineGoogleFinanceProvider> GoogleFinanceProvider;
   std::shared_ptr<ITessarineTranslateProvider> TranslateProvider;
   std::shared_ptr<ITessarineImportRangeProvider> ImportRangeProvider;
+  /// Fetches for the web functions; null: the client of the process.
+  std::shared_ptr<IHttpClient> HttpClient;
 
   // ---- for the engine's own floors
   detail::TFormulaPool& FormulaPool() { return *FPool; }
@@ -140,6 +149,7 @@ class TESSARINE_API TWorkbook {
   int32_t FUpdateLock = 0;
   bool FPendingModified = false;
   bool FStructureProtected = false;
+  bool FNetworkAllowed = true;
   TWorkbookModifiedEvent FOnModified;
   uint64_t FSheetListVersion = 1;
   uint64_t FNamesVersion = 1;

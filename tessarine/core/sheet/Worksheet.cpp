@@ -3,14 +3,22 @@
 #include <algorithm>
 #include <bit>
 
+#include <tessarine/core/lists/AutoFilter.h>
+#include <tessarine/core/lists/CellComments.h>
+#include <tessarine/core/lists/ConditionalFormats.h>
+#include <tessarine/core/lists/DataValidations.h>
 #include <tessarine/core/lists/Hyperlinks.h>
 #include <tessarine/core/lists/MergedCells.h>
+#include <tessarine/core/lists/PageSetup.h>
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/lists/SavedView.h>
 #include <tessarine/core/lists/SheetTables.h>
+#include <tessarine/core/lists/Slicers.h>
 #include <tessarine/core/lists/SpillMap.h>
+#include <tessarine/core/reference/ReferenceRewrite.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
+#include <tessarine/platform/Unicode.h>
 
 namespace tessarine {
 
@@ -36,6 +44,12 @@ TWorksheet::TWorksheet(TText AName, TWorkbook* AOwner, detail::TFormulaPool& APo
       FSizing(std::make_unique<TRowColSizing>()),
       FTables(std::make_unique<TSheetTableList>()),
       FHyperlinks(std::make_unique<THyperlinkList>()),
+      FValidations(std::make_unique<TDataValidationList>()),
+      FConditionalFormats(std::make_unique<TConditionalFormatList>()),
+      FAutoFilter(std::make_unique<TSheetAutoFilter>()),
+      FComments(std::make_unique<TCellCommentList>()),
+      FSlicers(std::make_unique<TSheetSlicerList>()),
+      FPageSetup(std::make_unique<TPageSetup>()),
       FSavedView(std::make_unique<TSheetSavedView>()),
       FChangeTarget(AOwner ? TChangeTarget::ctWorkbook : TChangeTarget::ctNone) {}
 
@@ -212,6 +226,25 @@ TWorksheet::TMergeSpan TWorksheet::GetMergeSpan(int32_t ACol, int32_t ARow) cons
   if (merge.Anchor() != TCellAddress{ACol, ARow}) return {};
   const TCellRange area = merge.AsRange();
   return {area.Width() > 1 || area.Height() > 1, area.Height(), area.Width()};
+}
+
+std::vector<TText> TWorksheet::ResolveValidationListItems(std::u16string_view AListSource) const {
+  std::vector<TText> items = TDataValidationList::ParseListItems(AListSource);
+  if (!items.empty() || !TDataValidationList::IsListRangeFormula(AListSource)) return items;
+  std::u16string source(TrimSpaces(AListSource));
+  if (source.starts_with(u'=')) source.erase(0, 1);
+  std::erase(source, u'$');
+  if (const std::optional<TSheetRefParts> parts = SplitSheetRefText(source)) {
+    if (!EqualAsciiNoCase(parts->Sheet, FName)) return items;
+    source = parts->Second.empty() ? parts->First : parts->First + u':' + parts->Second;
+  }
+  const TCellRange range = TCellRange::FromA1(source);
+  if (range.StartCol < 1 || range.StartRow < 1) return items;
+  FStore->ForEachByRow(range, [&](int32_t ACol, int32_t ARow, const detail::TCellSlot&) {
+    TText text = GetCellAt(ACol, ARow).Value.ToDisplayString();
+    if (!text.IsEmpty()) items.push_back(std::move(text));
+  });
+  return items;
 }
 
 void TWorksheet::RefreshTableColumnNames() {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <tessarine/Export.h>
@@ -22,6 +23,12 @@ class TSpillMap;
 class TRowColSizing;
 class TSheetTableList;
 class THyperlinkList;
+class TDataValidationList;
+class TConditionalFormatList;
+class TSheetAutoFilter;
+class TCellCommentList;
+class TSheetSlicerList;
+class TPageSetup;
 struct TSheetSavedView;
 class TTessarineStyleSheet;
 
@@ -48,8 +55,8 @@ struct TSheetViewOptions {
   friend bool operator==(const TSheetViewOptions&, const TSheetViewOptions&) = default;
 };
 
-/// One sheet of a workbook: its cells, the sizes of rows and columns, merged areas, spilled blocks, tables and links.
-/// Not synchronised: a sheet is used on the thread that owns its workbook.
+/// One sheet of a workbook: its cells, the sizes of rows and columns, merged areas, spilled blocks and the lists of
+/// what else lives on it. Not synchronised: a sheet is used on the thread that owns its workbook.
 ///
 /// Invariants:
 /// 1. Only cells that are not empty in the sense of TCell::IsEmpty are stored.
@@ -80,7 +87,8 @@ class TESSARINE_API TWorksheet {
   /// The same without a copy; valid until the sheet changes.
   TValueView EffectiveView(int32_t ACol, int32_t ARow) const;
 
-  /// The format that applies to a cell; without a style sheet, cells without an override have the default format.
+  /// The format that applies to a cell, conditional formats laid over it. Without a style sheet, cells without an
+  /// override have the default format.
   TCellFormat ResolveFormat(TCellAddress AAddress, const TTessarineStyleSheet* AStyleSheet) const;
 
   /// The text shown in the cell, number formats applied. A formula without a result shows its source.
@@ -161,6 +169,10 @@ class TESSARINE_API TWorksheet {
   /// (at least 8.43) and 48 characters.
   void AutoFitColumns(const TTessarineStyleSheet* AStyleSheet, double AMinChars, double AMaxChars);
 
+  /// The items that a validation's list source offers: those of a literal list, or the stored values, as texts, of a
+  /// range on this sheet (a formula gives its source). None for a range on another sheet.
+  std::vector<TText> ResolveValidationListItems(std::u16string_view AListSource) const;
+
   /// Reads the header rows of all tables into their column names; an empty header gives "Column" and its position.
   void RefreshTableColumnNames();
 
@@ -174,6 +186,18 @@ class TESSARINE_API TWorksheet {
   const TSheetTableList& Tables() const { return *FTables; }
   THyperlinkList& Hyperlinks() { return *FHyperlinks; }
   const THyperlinkList& Hyperlinks() const { return *FHyperlinks; }
+  TDataValidationList& Validations() { return *FValidations; }
+  const TDataValidationList& Validations() const { return *FValidations; }
+  TConditionalFormatList& ConditionalFormats() { return *FConditionalFormats; }
+  const TConditionalFormatList& ConditionalFormats() const { return *FConditionalFormats; }
+  TSheetAutoFilter& AutoFilter() { return *FAutoFilter; }
+  const TSheetAutoFilter& AutoFilter() const { return *FAutoFilter; }
+  TCellCommentList& Comments() { return *FComments; }
+  const TCellCommentList& Comments() const { return *FComments; }
+  TSheetSlicerList& Slicers() { return *FSlicers; }
+  const TSheetSlicerList& Slicers() const { return *FSlicers; }
+  TPageSetup& PageSetup() { return *FPageSetup; }
+  const TPageSetup& PageSetup() const { return *FPageSetup; }
   TSheetSavedView& SavedView() { return *FSavedView; }
   const TSheetSavedView& SavedView() const { return *FSavedView; }
 
@@ -206,6 +230,12 @@ class TESSARINE_API TWorksheet {
   std::unique_ptr<TRowColSizing> FSizing;
   std::unique_ptr<TSheetTableList> FTables;
   std::unique_ptr<THyperlinkList> FHyperlinks;
+  std::unique_ptr<TDataValidationList> FValidations;
+  std::unique_ptr<TConditionalFormatList> FConditionalFormats;
+  std::unique_ptr<TSheetAutoFilter> FAutoFilter;
+  std::unique_ptr<TCellCommentList> FComments;
+  std::unique_ptr<TSheetSlicerList> FSlicers;
+  std::unique_ptr<TPageSetup> FPageSetup;
   std::unique_ptr<TSheetSavedView> FSavedView;
   int32_t FUsedMaxCol = 1;
   int32_t FUsedMaxRow = 1;

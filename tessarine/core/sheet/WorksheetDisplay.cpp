@@ -6,6 +6,7 @@
 
 #include <tessarine/core/format/NumberFormat.h>
 #include <tessarine/core/format/StyleSheet.h>
+#include <tessarine/core/lists/ConditionalFormats.h>
 #include <tessarine/core/lists/MergedCells.h>
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/lists/SpillMap.h>
@@ -41,7 +42,10 @@ const TCellFormat& TWorksheet::FormatOf(TCellAddress AAddress, const detail::TCe
 }
 
 TCellFormat TWorksheet::ResolveFormat(TCellAddress AAddress, const TTessarineStyleSheet* AStyleSheet) const {
-  return FormatOf(AAddress, FindSlot(AAddress), AStyleSheet);
+  TCellFormat format = FormatOf(AAddress, FindSlot(AAddress), AStyleSheet);
+  if (!FConditionalFormats->IsEmpty())
+    FConditionalFormats->Evaluate(AAddress.Col, AAddress.Row, EffectiveView(AAddress.Col, AAddress.Row), format);
+  return format;
 }
 
 // ---- display texts

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,10 @@
 #include <tessarine/formula/detail/Interpreter.h>
 #include <tessarine/formula/detail/LocalNames.h>
 #include <tessarine/formula/detail/Program.h>
+
+namespace tessarine {
+struct TWorkControl;
+}
 
 namespace tessarine::detail {
 
@@ -82,6 +87,7 @@ class TEvaluation {
   void WriteCircular(TCellId AId);
   bool IsVisiting(TCellId AId);
   bool IsIdle() const { return FActive == 0; }
+  TRangeIndexCache* RangeIndexes() { return Options.RangeIndexes ? FIndexes.get() : nullptr; }
   void Reset();
 
   // ---- EvaluationSpills.cpp
@@ -93,6 +99,8 @@ class TEvaluation {
                                               std::u16string_view AColumn) const;
 
   ISpillListener* Listener = nullptr;
+  const TWorkControl* Control = nullptr;  // asked whether to stop, by what may take long
+  TTessarineRtdHub* RtdHub = nullptr;
   TEvaluationOptions Options;
   int32_t EvalCol = 0;
   int32_t EvalRow = 0;
@@ -107,6 +115,8 @@ class TEvaluation {
   class TDeepRun;
   class TNameGuard;
   class TNodeTrail;
+  class TNameScope;
+  class TLambdaRun;
 
   /// Thrown by a pull that the stack does not stand any more; caught by the loop over waiting readers.
   struct TSuspension {
@@ -131,6 +141,27 @@ class TEvaluation {
     TCellId Cell;
     int32_t Col = 0;
     int32_t Row = 0;
+  };
+
+  /// What was bound when a reader was entered: a run of it that starts again starts from there.
+  struct TSavedNames {
+    size_t Reader = 0;
+    TLocalNames::TSaved Names;
+    int64_t Weight = 0;  // of a table that the entry before does not share
+  };
+
+  /// A name that was bound before a pull and no longer is.
+  struct TLostName {
+    size_t Pull = 0;
+    std::u16string Name;
+  };
+
+  /// What the helpers under way that call closures have used up of what they may.
+  struct TCallCounts {
+    size_t Readers = 0;       // whose innermost is the formula that Calls and Depth are about
+    int32_t Depth = 0;        // helpers within one another
+    int64_t Calls = 0;        // by helpers inside others
+    int64_t ResultCells = 0;  // of all arrays in the making, also those of waiting formulas
   };
 
   struct TNamedProgram {
@@ -159,12 +190,26 @@ class TEvaluation {
   TCellValue EvalSpecial(const TProgramFrame& AFrame, const TProgramNode& ANode);
   const TProgramNode* ChooseBranch(const TProgramFrame& AFrame, const TProgramNode& ANode, TCellValue& AValue);
   TCellValue EvalCall(const TProgramFrame& AFrame, const TProgramNode& ANode, bool AMayRepeat);
+  bool LostNames(size_t ABefore);
   void EvalArgs(const TProgramFrame& AFrame, const TProgramNode& ANode, TArgFrame& AArgs);
   TCellValue CallFunction(const TProgramFrame& AFrame, const TProgramNode& ANode, const TArgFrame& AArgs);
   TFormulaContext ContextOf(const TProgramFrame& AFrame);
   TFormulaArg EvalFunctionArg(const TProgramFrame& AFrame, const TProgramNode& ANode);
   TFormulaArg EvalBranchArg(const TProgramFrame& AFrame, const TProgramNode& ANode);
   TFormulaArg EvalArrayFunction(const TProgramFrame& AFrame, const TProgramNode& ANode);
+
+  // ---- EvaluationLambdas.cpp
+  static bool IsBindingForm(const TProgramNode& ANode);
+  TFormulaArg EvalBindingForm(const TProgramFrame& AFrame, const TProgramNode& ANode);
+  TFormulaArg EvalLet(const TProgramFrame& AFrame, const TProgramNode& ANode);
+  TFormulaArg MakeLambdaArg(const TProgramFrame& AFrame, const TProgramNode& ANode);
+  const TProgramNode* EvalLambdaRef(const TProgramFrame& AFrame, const TProgramNode& ANode);
+  TCellValue InvokeLambda(const TProgramFrame& AFrame, const TProgramNode& ALambda, std::span<TFormulaArg> AArgs);
+  TFormulaArg EvalLambdaHelper(const TProgramFrame& AFrame, const TProgramNode& ANode);
+  TFormulaArg EvalMap(TLambdaRun& ARun);
+  TFormulaArg EvalByLine(TLambdaRun& ARun, bool AByRow);
+  TFormulaArg EvalFold(TLambdaRun& ARun, bool AKeepsAll);
+  TFormulaArg EvalMakeArray(TLambdaRun& ARun);
 
   // ---- EvaluationArgs.cpp
   TFormulaArg EvalNodeArg(const TProgramFrame& AFrame, const TProgramNode& ANode);
@@ -216,6 +261,10 @@ class TEvaluation {
   bool TryStoreNumber(TCellId AId, TFormulaRecord& ARecord, double ANumber);
   bool IsReplaying() const { return FReplayNext != FReplayEnd; }
   bool ReplayPull(TCellId AId);
+  void NotePull(TCellId AId, const TLocalNames::TSaved& ANamesBefore);
+  void CutPulls(size_t ACount);
+  void SaveNames();
+  TLocalNames::TSaved NamesOfReader() const;
   size_t StackUsed() const;
 
   // ---- EvaluationFirstPull.cpp
@@ -238,6 +287,11 @@ class TEvaluation {
   size_t FReplayEnd = 0;
   std::vector<TText> FVisitingNames;
   TLocalNames FLocals;
+  std::vector<TSavedNames> FSavedNames;  // by readers; those that were entered while nothing was bound have none
+  int64_t FSavedWeight = 0;
+  std::vector<TLostName> FLostNames;  // by pulls
+  TCallCounts FCalls;
+  int32_t FNameRepeats = 0;  // since the call from outside
   TArgStack FArgs;
   std::vector<const TProgramNode*> FTrail;  // nodes of chains that are walked without recursion
 
@@ -285,6 +339,16 @@ class TEvaluation::TNodeTrail {
   std::vector<const TProgramNode*>& FNodes;
   size_t FBase;
 };
+
+/// Forms that only the argument mode knows, with as many arguments as they need to be known.
+inline bool TEvaluation::IsBindingForm(const TProgramNode& ANode) {
+  static_assert(TSpecialForm::sfLet < TSpecialForm::sfLambda && TSpecialForm::sfLambda < TSpecialForm::sfMap &&
+                TSpecialForm::sfMap < TSpecialForm::sfMakeArray);
+  if (ANode.Special < TSpecialForm::sfLet) return false;
+  if (ANode.Special == TSpecialForm::sfLambda) return true;
+  const bool needsThree = ANode.Special == TSpecialForm::sfLet || ANode.Special == TSpecialForm::sfMakeArray;
+  return ANode.ChildCount >= (needsThree ? 3 : 2);
+}
 
 inline TWorksheet* TEvaluation::SheetAt(int32_t ASheetIndex) {
   if (ASheetIndex != FSheetIndex || FSheetVersion != FWorkbook.SheetListVersion()) {

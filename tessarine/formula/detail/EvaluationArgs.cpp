@@ -94,7 +94,7 @@ TFormulaArg TEvaluation::EvalArg(const TProgramFrame& AFrame, const TProgramNode
 TFormulaArg TEvaluation::EvalIdentifierArg(const TProgramFrame& AFrame, const TProgramNode& ANode) {
   if (const TFormulaArg* local = FLocals.Find(ANode.Text)) return *local;
   if (ResolveTableColumn(AFrame.SheetIndex, ANode.Text, {}).Found) return EvalTableArg(AFrame, ANode.Text, {});
-  return TFormulaArg::FromScalar(EvalIdentifier(AFrame, ANode));
+  return EvalFunctionArg(AFrame, ANode);
 }
 
 /// A chain of signs over one operand. Behind the innermost "@" stands a scalar, on which further ones have no effect.

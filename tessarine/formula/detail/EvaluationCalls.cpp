@@ -57,6 +57,7 @@ TFormulaContext TEvaluation::ContextOf(const TProgramFrame& AFrame) {
   context.Workbook = &FWorkbook;
   context.EvalCol = EvalCol;
   context.EvalRow = EvalRow;
+  context.RtdHub = RtdHub;
   context.Indexes = Options.RangeIndexes ? FIndexes.get() : nullptr;
   return context;
 }
@@ -79,13 +80,15 @@ TCellValue TEvaluation::EvalFunction(const TProgramFrame& AFrame, const TProgram
 TCellValue TEvaluation::EvalIdentifier(const TProgramFrame& AFrame, const TProgramNode& ANode) {
   if (const TFormulaArg* local = FLocals.Find(ANode.Text)) return local->First();
   const uint64_t stamp = Stamp;
+  const size_t names = FLocals.Count();
   TCellValue named = EvalNamedFormula(ANode.Text, AFrame.SheetIndex);
   if (!(named.IsError() && named.ErrorCode == ceName)) return named;
   if (ANode.Special == TSpecialForm::sfRow) return TCellValue::FromNumber(EvalRow > 0 ? EvalRow : 1);
   if (ANode.Special == TSpecialForm::sfColumn) return TCellValue::FromNumber(EvalCol > 0 ? EvalCol : 1);
   TCellValue value = EvalCall(AFrame, ANode, false);
   const bool isUnknown = value.IsError() && value.ErrorCode == ceName;
-  return isUnknown && Stamp != stamp ? EvalNamedFormula(ANode.Text, AFrame.SheetIndex) : value;
+  const bool mayDiffer = Stamp != stamp || FLocals.Count() != names;
+  return isUnknown && mayDiffer ? EvalNamedFormula(ANode.Text, AFrame.SheetIndex) : value;
 }
 
 TCellValue TEvaluation::EvalSpecial(const TProgramFrame& AFrame, const TProgramNode& ANode) {
@@ -133,13 +136,21 @@ void TEvaluation::EvalArgs(const TProgramFrame& AFrame, const TProgramNode& ANod
   for (uint32_t i = 0; i < ANode.ChildCount; ++i) AArgs.Set(i, EvalArg(AFrame, AFrame.Program.Child(ANode, i)));
 }
 
+/// Whether of ABefore bound names some are no longer bound. A formula that loses names again and again in calls within
+/// calls would be evaluated without end: what goes beyond some thousand times is not told.
+bool TEvaluation::LostNames(size_t ABefore) {
+  constexpr int32_t kMostTimes = 4096;
+  return FLocals.Count() != ABefore && FNameRepeats < kMostTimes && ++FNameRepeats > 0;
+}
+
 /// A general call. As an argument or at the root its arguments count as evaluated twice (AMayRepeat), which differs
 /// from once only when their evaluation has changed the state that they read: then they are evaluated once more.
 TCellValue TEvaluation::EvalCall(const TProgramFrame& AFrame, const TProgramNode& ANode, bool AMayRepeat) {
   TArgFrame args(FArgs, ANode.ChildCount);
   const uint64_t stamp = Stamp;
+  const size_t names = FLocals.Count();
   EvalArgs(AFrame, ANode, args);
-  if (AMayRepeat && Stamp != stamp) {
+  if (AMayRepeat && (Stamp != stamp || LostNames(names))) {
     args.Restart();
     EvalArgs(AFrame, ANode, args);
   }
@@ -165,6 +176,7 @@ TCellValue TEvaluation::CallFunction(const TProgramFrame& AFrame, const TProgram
 
 /// A function in argument mode.
 TFormulaArg TEvaluation::EvalFunctionArg(const TProgramFrame& AFrame, const TProgramNode& ANode) {
+  if (IsBindingForm(ANode)) return EvalBindingForm(AFrame, ANode);
   if (ANode.ChildCount == 0) return TFormulaArg::FromScalar(EvalIdentifier(AFrame, ANode));
   if (IsBranchForm(ANode)) return EvalBranchArg(AFrame, ANode);
   if (IsLazyForm(ANode)) return TFormulaArg::FromScalar(EvalSpecial(AFrame, ANode));

@@ -1,5 +1,6 @@
 #include <tessarine/formula/detail/Evaluation.h>
 
+#include <algorithm>
 #include <utility>
 
 #include <tessarine/core/lists/SpillMap.h>
@@ -11,6 +12,9 @@
 // then runs the reader that waits for it again from its start, and so on down to where the loop began.
 // A reader that is run again meets the cells that it had pulled before with their results; at each of them the
 // evaluation position becomes what the pull had made it (FPulls), so that the run goes as if it had never stopped.
+// Names that are bound when the evaluation is suspended stay bound for the cells that are evaluated meanwhile; the run
+// from the start begins with those that were bound at its beginning (FSavedNames), binds the others again, and loses at
+// each pull the ones that the pull has unbound (FLostNames).
 
 namespace tessarine::detail {
 
@@ -89,11 +93,11 @@ size_t TEvaluation::StackUsed() const {
 
 /// Evaluates a formula cell because its value is being read. False when there is no room for it.
 bool TEvaluation::PullCell(TCellId AId) {
+  constexpr int64_t kMaxSavedCells = int64_t{1} << 25;
+  if (FSavedWeight > kMaxSavedCells) return false;
   FArgs.MaterializeViews();
+  const TLocalNames::TSaved names = FLocals.Save();
   if (Options.NestPulls && StackUsed() <= FStackLimit) {
-    RunNative(AId);
-  } else if (!FLocals.IsEmpty()) {  // the bindings stand in frames that cannot be left and entered again
-    if (StackUsed() > kNameStack) return false;
     RunNative(AId);
   } else if (FCanSuspend) {
     FSuspending = true;
@@ -101,8 +105,38 @@ bool TEvaluation::PullCell(TCellId AId) {
   } else {
     RunDeep(AId);
   }
-  if (!FReaders.empty()) FPulls.push_back({AId, EvalCol, EvalRow});
+  if (!FReaders.empty()) NotePull(AId, names);
   return true;
+}
+
+/// A pull that has been made, what it has left of the evaluation position and what it has unbound. All that a cell
+/// binds it unbinds again, so that names can only have gone.
+void TEvaluation::NotePull(TCellId AId, const TLocalNames::TSaved& ANamesBefore) {
+  if (ANamesBefore) {
+    for (std::u16string& name : FLocals.LostSince(ANamesBefore)) FLostNames.push_back({FPulls.size(), std::move(name)});
+  }
+  FPulls.push_back({AId, EvalCol, EvalRow});
+}
+
+void TEvaluation::CutPulls(size_t ACount) {
+  if (FPulls.size() <= ACount) return;
+  FPulls.resize(ACount);
+  while (!FLostNames.empty() && FLostNames.back().Pull >= ACount) FLostNames.pop_back();
+}
+
+/// Keeps what is bound for the reader that is being entered.
+void TEvaluation::SaveNames() {
+  TSavedNames saved{FReaders.size() - 1, FLocals.Save(), 0};
+  const bool isShared = !FSavedNames.empty() && FSavedNames.back().Names == saved.Names;
+  if (!isShared) saved.Weight = TLocalNames::WeightOf(saved.Names);
+  FSavedWeight += saved.Weight;
+  FSavedNames.push_back(std::move(saved));
+}
+
+/// What was bound when the innermost reader was entered.
+TLocalNames::TSaved TEvaluation::NamesOfReader() const {
+  const bool hasNames = !FSavedNames.empty() && FSavedNames.back().Reader + 1 == FReaders.size();
+  return hasNames ? FSavedNames.back().Names : nullptr;
 }
 
 /// Begins the evaluation of a cell. False when that is already its end: there is no formula, or it is being evaluated.
@@ -121,6 +155,7 @@ bool TEvaluation::Enter(TCellId AId) {
   }
   FReaders.push_back({AId, FPulls.size(), FVisitingNames.size(), FReplayNext, FReplayEnd, false, record,
                       FWorkbook.SheetListVersion(), sheet->Store().FormulaVersion()});
+  if (!FLocals.IsEmpty()) SaveNames();
   FReplayNext = FReplayEnd = 0;
   record->Flags |= TFormulaRecord::frVisiting;
   if (PendingEvalCell) PendingEvalCell = nullptr;
@@ -134,7 +169,11 @@ void TEvaluation::Leave() {
   if (FReaders.empty()) return;
   const TReader reader = FReaders.back();
   FReaders.pop_back();
-  if (FPulls.size() > reader.PullBase) FPulls.resize(reader.PullBase);
+  if (!FSavedNames.empty() && FSavedNames.back().Reader == FReaders.size()) {
+    FSavedWeight -= FSavedNames.back().Weight;
+    FSavedNames.pop_back();
+  }
+  CutPulls(reader.PullBase);
   if (FVisitingNames.size() > reader.NameBase) FVisitingNames.resize(reader.NameBase);
   FReplayNext = reader.OuterReplayNext;
   FReplayEnd = reader.OuterReplayEnd;
@@ -176,6 +215,7 @@ void TEvaluation::RunDeep(TCellId AId) {
     const TCellId cell = top.Cell;
     if (FVisitingNames.size() > top.NameBase) FVisitingNames.resize(top.NameBase);
     FReplayNext = FReplayEnd = 0;
+    FLocals.Restore(NamesOfReader());
     const auto first = FindFirstPull(cell);
     const bool isMade = FPulls.size() > top.PullBase && first && FPulls.back().Cell == *first;
     if (first && !isMade && Enter(*first)) continue;
@@ -190,8 +230,9 @@ void TEvaluation::RunDeep(TCellId AId) {
       Enter(suspension.Target);
       continue;
     }
+    const TLocalNames::TSaved names = NamesOfReader();
     Leave();
-    if (FReaders.size() > run.Base) FPulls.push_back({cell, EvalCol, EvalRow});
+    if (FReaders.size() > run.Base) NotePull(cell, names);
   }
 }
 
@@ -200,6 +241,9 @@ void TEvaluation::RunDeep(TCellId AId) {
 bool TEvaluation::ReplayPull(TCellId AId) {
   const TPull& pull = FPulls[FReplayNext];
   if (pull.Cell != AId) return false;
+  auto lost = std::lower_bound(FLostNames.begin(), FLostNames.end(), FReplayNext,
+                               [](const TLostName& AItem, size_t APull) { return AItem.Pull < APull; });
+  for (; lost != FLostNames.end() && lost->Pull == FReplayNext; ++lost) FLocals.Unbind(lost->Name);
   ++FReplayNext;
   ++Stamp;
   EvalCol = pull.Col;

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include <tessarine/core/lists/AutoFilter.h>
 #include <tessarine/core/lists/SheetTables.h>
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/formula/detail/EvaluationStack.h>
@@ -139,6 +140,9 @@ void TEvaluation::MaterializeAsTable(TCellId AAnchor, TFormulaArg AResult) {
   table->SetHasHeaderRow(AResult.AsTableHasHeader);
   table->SetShowAutoFilter(true);
   sheet->RefreshTableColumnNames();
+  TCellRange filtered = block;
+  if (table->HasTotalsRow() && filtered.EndRow > filtered.StartRow) --filtered.EndRow;
+  sheet->AutoFilter().Enable(filtered);
   FWorkbook.MarkModified();
   TellDependents(AAnchor, block);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include <tessarine/formula/detail/Evaluation.h>
+#include <tessarine/formula/library/detail/ExternalAnswers.h>
 
 namespace tessarine::detail {
 
@@ -13,7 +14,7 @@ namespace tessarine::detail {
 constexpr size_t kPullStack = 256 * 1024;   // pulls nest
 constexpr size_t kDeepStack = 320 * 1024;   // pulls nest above a loop over waiting readers
 constexpr size_t kSpillStack = 384 * 1024;  // dependents of a block are told inside another block's telling
-constexpr size_t kNameStack = 512 * 1024;   // defined names nest; pulls nest while local names are bound
+constexpr size_t kNameStack = 512 * 1024;   // defined names nest
 
 /// An address in the caller's frame.
 inline uintptr_t StackAddress() {
@@ -41,6 +42,7 @@ class TEvaluation::TActivity {
   size_t FReplayEnd;
   size_t FStackLimit;
   bool FCanSuspend;
+  TExternalAnswers FAnswers;
 };
 
 }  // namespace tessarine::detail

@@ -13,20 +13,24 @@ TEvaluation::TActivity::TActivity(TEvaluation& AOwner)
       FReplayNext(std::exchange(AOwner.FReplayNext, 0)),
       FReplayEnd(std::exchange(AOwner.FReplayEnd, 0)),
       FStackLimit(AOwner.FStackLimit),
-      FCanSuspend(std::exchange(AOwner.FCanSuspend, false)) {
+      FCanSuspend(std::exchange(AOwner.FCanSuspend, false)),
+      FAnswers(AOwner.FActive == 0) {
   if (AOwner.FActive++ == 0) {
     AOwner.FStackBase = StackAddress();
     AOwner.FStackLimit = kPullStack;
+    AOwner.FNameRepeats = 0;
   }
 }
 
 TEvaluation::TActivity::~TActivity() {
-  if (FOwner.FPulls.size() > FPulls) FOwner.FPulls.resize(FPulls);
+  FOwner.CutPulls(FPulls);
   FOwner.FReplayNext = FReplayNext;
   FOwner.FReplayEnd = FReplayEnd;
   FOwner.FStackLimit = FStackLimit;
   FOwner.FCanSuspend = FCanSuspend;
-  if (--FOwner.FActive == 0) FOwner.ReleaseDeferred();
+  if (--FOwner.FActive > 0) return;
+  if (!FOwner.FLocals.IsEmpty()) FOwner.FLocals.Clear();
+  FOwner.ReleaseDeferred();
 }
 
 TEvaluation::TEvaluation(TWorkbook& AWorkbook) : FWorkbook(AWorkbook), FIndexes(std::make_unique<TRangeIndexCache>()) {}
@@ -100,6 +104,7 @@ void TEvaluation::Reset() {
   while (!FReaders.empty()) Leave();
   ReleaseDeferred();
   FVisitingNames.clear();
+  FLocals.Clear();
 }
 
 }  // namespace tessarine::detail

@@ -11,6 +11,7 @@
 #include <tessarine/formula/detail/AffectedRuns.h>
 #include <tessarine/formula/detail/GraphAccess.h>
 #include <tessarine/formula/detail/Interpreter.h>
+#include <tessarine/formula/detail/LookupBlocks.h>
 #include <tessarine/formula/detail/NumericBlocks.h>
 #include <tessarine/formula/detail/Program.h>
 #include <tessarine/formula/detail/RunningAggregates.h>
@@ -167,6 +168,9 @@ void TFastOrder::TState::EvaluatePiece(const TDependencyRun& ARun, const TPiece&
   auto running = blocks && !upward && !block
                      ? TRunningAggregate::Compile(program, Workbook, Interpreter, ARun.Sheet, ARun.Col)
                      : std::nullopt;
+  auto lookup = blocks && !block && !running && ADirection == TDirection::diAny
+                    ? TLookupBlock::Compile(program, Workbook, Interpreter, ARun.Sheet, ARun.Col)
+                    : std::nullopt;
   int32_t gaveUp = 0;
   while (!rest.IsEmpty()) {
     // What a fast way gives up, one tile or one row at a time, goes cell by cell; then the fast way is tried again.
@@ -180,6 +184,9 @@ void TFastOrder::TState::EvaluatePiece(const TDependencyRun& ARun, const TPiece&
       byCell = ADirection == TDirection::diAny ? kTileRows : 1;
     } else if (running) {
       done = running->EvaluateDown(rest);
+      byCell = kTileRows;
+    } else if (lookup) {
+      done = lookup->EvaluateRows(now);
       byCell = kTileRows;
     }
     TRowSpan plain = rest;

@@ -18,6 +18,10 @@ TInterpreter::~TInterpreter() = default;
 
 void TInterpreter::SetSpillListener(ISpillListener* AListener) { FState->Evaluation.Listener = AListener; }
 
+void TInterpreter::SetRtdHub(TTessarineRtdHub* AHub) { FState->Evaluation.RtdHub = AHub; }
+
+void TInterpreter::SetControl(const TWorkControl* AControl) { FState->Evaluation.Control = AControl; }
+
 TEvaluationOptions& TInterpreter::Options() { return FState->Evaluation.Options; }
 
 TCellValue TInterpreter::EvaluateText(std::u16string_view AFormula, int32_t ASheetIndex) {
@@ -79,6 +83,8 @@ TInterpreter::TTableArea TInterpreter::ResolveTableColumn(int32_t ACurrentSheet,
 }
 
 void TInterpreter::Reset() { FState->Evaluation.Reset(); }
+
+TRangeIndexCache* TInterpreter::RangeIndexes() { return FState->Evaluation.RangeIndexes(); }
 
 uint64_t TInterpreter::StateStamp() const { return FState->Evaluation.Stamp; }
 

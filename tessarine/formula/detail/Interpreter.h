@@ -13,10 +13,12 @@
 namespace tessarine {
 
 class TWorkbook;
+struct TWorkControl;
 
 namespace detail {
 
 class TProgram;
+class TRangeIndexCache;
 
 /// Told when a spilled block came into being, moved or went away: its readers are to be evaluated.
 class ISpillListener {
@@ -31,6 +33,7 @@ struct TEvaluationOptions {
   bool ReusePrograms = true;    // false: every evaluation parses its text anew
   bool RangeViews = true;       // false: every range is read into an array
   bool RangeIndexes = true;     // false: lookups and criteria scan
+  bool NumericLambdas = true;   // false: every call of a closure binds its parameters and walks its body
   bool BlockEvaluation = true;  // false: cell by cell
   bool FastOrder = true;        // false: every recalculation goes by Kahn's algorithm over cells
   bool NestPulls = true;  // false: a cell that lacks a result always waits for the one it reads, as in deep chains
@@ -44,6 +47,8 @@ class TInterpreter {
   ~TInterpreter();
 
   void SetSpillListener(ISpillListener* AListener);  // may be null; outlives the interpreter
+  void SetRtdHub(TTessarineRtdHub* AHub);            // what RTD asks; may be null, outlives the interpreter
+  void SetControl(const TWorkControl* AControl);     // stops what may take long by ECancelled; may be null
   TEvaluationOptions& Options();
 
   /// A text in scalar mode, without a cell of its own.
@@ -88,6 +93,9 @@ class TInterpreter {
 
   /// Forgets what is being evaluated (after an exception of a host's handler).
   void Reset();
+
+  /// The indexes over searched ranges; null when lookups are to scan.
+  TRangeIndexCache* RangeIndexes();
 
   /// Raised whenever something was evaluated, imported or bound while an evaluation was under way.
   uint64_t StateStamp() const;

@@ -63,6 +63,20 @@ class TActiveOrder {
   TActiveOrder* FOuter;
 };
 
+/// Lets single evaluations stop, too, for the time of a recalculation.
+class TControlScope {
+ public:
+  TControlScope(TInterpreter& AInterpreter, const TWorkControl& AControl) : FInterpreter(AInterpreter) {
+    FInterpreter.SetControl(&AControl);
+  }
+  ~TControlScope() { FInterpreter.SetControl(nullptr); }
+  TControlScope(const TControlScope&) = delete;
+  TControlScope& operator=(const TControlScope&) = delete;
+
+ private:
+  TInterpreter& FInterpreter;
+};
+
 }  // namespace
 
 struct TRecalculation::TState {
@@ -314,6 +328,7 @@ void TRecalculation::RecalculateAll(const TWorkControl& AControl) {
   RebuildAllDependencies();
   std::optional<TResultSnapshot> before;
   if (AControl.Stop.stop_possible()) before.emplace(FState->Workbook);
+  const TControlScope scope(FState->Interpreter, AControl);
   try {
     if (FState->Fast.TryRecalculateAll(AControl)) {
       FState->LeaveEvalCellOpen(std::nullopt);

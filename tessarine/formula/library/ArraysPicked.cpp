@@ -1,16 +1,17 @@
 #include <tessarine/formula/library/detail/ArrayBodies.h>
 
+#include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <cmath>
 #include <map>
 #include <string>
 #include <string_view>
-
-#include <boost/unordered/unordered_flat_map.hpp>
+#include <utility>
 
 #include <tessarine/core/values/Coercion.h>
 #include <tessarine/formula/library/detail/ExchangeSort.h>
+#include <tessarine/formula/library/detail/LongTexts.h>
 #include <tessarine/platform/Numbers.h>
 
 namespace tessarine::detail {
@@ -71,12 +72,50 @@ uint64_t Mix(uint64_t AHash, uint64_t AWord) {
   return product ^ (product >> 29);
 }
 
+/// A line's cells, all of them ahead of the next line's; equal long texts share their block.
+struct TLineValues {
+  std::vector<TValueView> Values;
+  size_t Length = 0;
+  bool HasSeparator = false;  // in a text beside others: joined keys of different lines might be the same
+
+  std::span<const TValueView> Line(size_t ALine) const { return std::span(Values).subspan(ALine * Length, Length); }
+};
+
+TLineValues ReadLines(const TLines& ALines) {
+  TLineValues lines;
+  const auto count = static_cast<size_t>(ALines.Count());
+  lines.Length = static_cast<size_t>(ALines.Length());
+  lines.Values.resize(count * lines.Length);
+  TLongTextBlocks blocks;
+  TLongTextMemo<bool> separators;
+  const auto hasSeparator = [](const TValueView& AText) {
+    return AText.Text().find(kPieceSeparator) != AText.Text().npos;
+  };
+  const auto take = [&](size_t APlace, TValueView AValue) {
+    if (IsLongText(AValue)) AValue.Block = blocks.BlockOf(AValue);
+    if (lines.Length > 1 && !lines.HasSeparator && IsTextKind(AValue)) {
+      lines.HasSeparator =
+          IsLongText(AValue) ? separators.Of(AValue, [&] { return hasSeparator(AValue); }) : hasSeparator(AValue);
+    }
+    lines.Values[APlace] = AValue;
+  };
+  for (int32_t col = 0; col < ALines.Rectangle.ColCount; ++col) {
+    const std::vector<TValueView> column = ReadColumn(ALines.Rectangle, col);
+    const size_t step = ALines.ByCol ? 1 : lines.Length;
+    const size_t first = static_cast<size_t>(col) * (ALines.ByCol ? lines.Length : 1);
+    for (size_t row = 0; row < column.size(); ++row) take(first + row * step, column[row]);
+  }
+  return lines;
+}
+
 uint64_t HashPiece(uint64_t AHash, const TValueView& AValue) {
   const uint64_t hash = Mix(AHash, static_cast<uint64_t>(AValue.Kind == cvkFormula ? cvkText : AValue.Kind) + 1);
   switch (AValue.Kind) {
     case cvkEmpty: return hash;
     case cvkText:
-    case cvkFormula: return Mix(hash, std::hash<std::u16string_view>()(AValue.Text()));
+    case cvkFormula:
+      if (IsLongText(AValue)) return Mix(hash, reinterpret_cast<uintptr_t>(AValue.Block));
+      return Mix(hash, std::hash<std::u16string_view>()(AValue.Text()));
     case cvkNumber: return Mix(hash, std::bit_cast<uint64_t>(NumberOfText(AValue.Number)));
     case cvkBoolean: return Mix(hash, AValue.BooleanValue ? 1 : 0);
     case cvkError: return Mix(hash, static_cast<uint64_t>(AValue.ErrorCode));
@@ -85,8 +124,10 @@ uint64_t HashPiece(uint64_t AHash, const TValueView& AValue) {
 }
 
 bool SamePiece(const TValueView& ALeft, const TValueView& ARight) {
-  const auto isText = [](const TValueView& AValue) { return AValue.Kind == cvkText || AValue.Kind == cvkFormula; };
-  if (isText(ALeft) && isText(ARight)) return ALeft.Block == ARight.Block || ALeft.Text() == ARight.Text();
+  if (IsTextKind(ALeft) && IsTextKind(ARight)) {
+    if (ALeft.Block == ARight.Block) return true;
+    return !IsLongText(ALeft) && ALeft.Text() == ARight.Text();
+  }
   if (ALeft.Kind != ARight.Kind) return false;
   switch (ALeft.Kind) {
     case cvkNumber:
@@ -98,25 +139,63 @@ bool SamePiece(const TValueView& ALeft, const TValueView& ARight) {
   }
 }
 
-struct TLineHash {
-  using is_avalanching = void;
-  const std::vector<uint64_t>* Hashes;
+/// The first line like each line, found by a hash with open addressing.
+class TFirstLines {
+ public:
+  explicit TFirstLines(const TLineValues& ALines) : FLines(ALines) {}
 
-  size_t operator()(uint32_t ALine) const { return (*Hashes)[ALine]; }
-};
-
-struct TLineEqual {
-  const std::vector<uint64_t>* Hashes;
-  const TLines* Lines;
-
-  bool operator()(uint32_t ALeft, uint32_t ARight) const {
-    if ((*Hashes)[ALeft] != (*Hashes)[ARight]) return false;
-    for (int32_t i = 0; i < Lines->Length(); ++i) {
-      if (!SamePiece(Lines->At(ALeft, i), Lines->At(ARight, i))) return false;
+  uint32_t FirstLike(uint32_t ALine) {
+    if (FCount * 2 >= FSlots.size()) Grow();
+    uint64_t hash = 0;
+    for (const TValueView& value : FLines.Line(ALine)) hash = HashPiece(hash, value);
+    hash *= 0x9E3779B97F4A7C15u;
+    for (size_t at = hash >> FShift;; at = (at + 1) & (FSlots.size() - 1)) {
+      TSlot& slot = FSlots[at];
+      if (slot.Line == kNone) {
+        slot = {hash, ALine};
+        ++FCount;
+        return ALine;
+      }
+      if (slot.Hash == hash && IsSame(slot.Line, ALine)) return slot.Line;
     }
-    return true;
   }
+
+ private:
+  static constexpr uint32_t kNone = UINT32_MAX;
+  struct TSlot {
+    uint64_t Hash = 0;
+    uint32_t Line = kNone;
+  };
+
+  bool IsSame(uint32_t ALeft, uint32_t ARight) const {
+    const auto left = FLines.Line(ALeft);
+    return std::equal(left.begin(), left.end(), FLines.Line(ARight).begin(), SamePiece);
+  }
+
+  void Grow() {
+    const std::vector<TSlot> old = std::exchange(FSlots, std::vector<TSlot>(FSlots.size() * 4));
+    FShift -= 2;
+    for (const TSlot& slot : old) {
+      if (slot.Line == kNone) continue;
+      size_t at = slot.Hash >> FShift;
+      while (FSlots[at].Line != kNone) at = (at + 1) & (FSlots.size() - 1);
+      FSlots[at] = slot;
+    }
+  }
+
+  const TLineValues& FLines;
+  std::vector<TSlot> FSlots = std::vector<TSlot>(size_t{1} << 10);  // at most half full
+  int FShift = 64 - 10;
+  size_t FCount = 0;
 };
+
+/// Whether the keys of all lines, joined, are short enough to be made.
+bool CanJoin(const TLineValues& ALines) {
+  constexpr size_t kMaxJoinedUnits = size_t{1} << 27;
+  size_t units = 0;
+  for (const TValueView& value : ALines.Values) units += IsTextKind(value) ? value.Text().size() : 0;
+  return units <= kMaxJoinedUnits;
+}
 
 /// How often each line occurs is counted at its first one; the others have 0.
 std::vector<uint32_t> LinesOfCounts(std::span<const uint32_t> ACounts, bool AExactlyOnce) {
@@ -125,25 +204,6 @@ std::vector<uint32_t> LinesOfCounts(std::span<const uint32_t> ACounts, bool AExa
     if (AExactlyOnce ? ACounts[line] == 1 : ACounts[line] > 0) lines.push_back(static_cast<uint32_t>(line));
   }
   return lines;
-}
-
-/// Hashes of all lines; empty when a text holds the separator of pieces, so that joined keys of different lines might
-/// be the same.
-std::vector<uint64_t> HashLines(const TLines& ALines) {
-  std::vector<uint64_t> hashes(static_cast<size_t>(ALines.Count()));
-  for (uint32_t line = 0; line < hashes.size(); ++line) {
-    uint64_t hash = 0;
-    for (int32_t i = 0; i < ALines.Length(); ++i) {
-      const TValueView value = ALines.At(line, i);
-      if (ALines.Length() > 1 && (value.Kind == cvkText || value.Kind == cvkFormula) &&
-          value.Text().find(kPieceSeparator) != std::u16string_view::npos) {
-        return {};
-      }
-      hash = HashPiece(hash, value);
-    }
-    hashes[line] = hash * 0x9E3779B97F4A7C15u;
-  }
-  return hashes;
 }
 
 /// The numbers given in the arguments from AFirst on, as 0-based places on an axis; negative ones count from its end.
@@ -168,26 +228,31 @@ TFormulaArg Choose(TFormulaArgs AArgs, bool AByCol) {
   const TLines lines{*array, AByCol};
   std::vector<uint32_t> places;
   const TCellErrorCode error = ReadPlaces(AArgs.subspan(1), lines.Count(), lines.Length(), places);
-  return error == ceNone ? PickLines(lines, places) : ErrorArg(error);
+  if (error != ceNone) return ErrorArg(error);
+  const bool fits = MayGenerate(static_cast<int64_t>(places.size()), lines.Length(), array->CellCount());
+  return fits ? PickLines(lines, places) : ErrorArg(ceNum);
 }
 
 TFormulaArg SortLines(const TLines& ALines, const TLines& AKeys, int32_t AKeyIndex, bool ADescending) {
   if (!FitsArranged(ALines.Count(), ALines.Length())) return ErrorArg(ceNum);
-  std::vector<TValueView> keys(static_cast<size_t>(ALines.Count()));
-  for (uint32_t line = 0; line < keys.size(); ++line) keys[line] = AKeys.At(line, AKeyIndex);
+  std::vector<TValueView> keys;
+  if (AKeys.ByCol) {
+    for (int32_t line = 0; line < ALines.Count(); ++line)
+      keys.push_back(AKeys.At(static_cast<uint32_t>(line), AKeyIndex));
+  } else {
+    keys = ReadColumn(AKeys.Rectangle, AKeyIndex);
+  }
   return PickLines(ALines, SortedOrder(keys, ADescending));
 }
 
 }  // namespace
 
 std::vector<uint32_t> UniqueLines(const TFormulaArg& ARectangle, bool AByCol, bool AExactlyOnce) {
-  const TLines lines{ARectangle, AByCol};
-  const std::vector<uint64_t> hashes = HashLines(lines);
-  if (hashes.empty()) return UniqueLinesPlain(ARectangle, AByCol, AExactlyOnce);
-  boost::unordered_flat_map<uint32_t, uint32_t, TLineHash, TLineEqual> counts(0, TLineHash{&hashes},
-                                                                              TLineEqual{&hashes, &lines});
-  std::vector<uint32_t> countOf(hashes.size(), 0);
-  for (uint32_t line = 0; line < hashes.size(); ++line) ++countOf[counts.try_emplace(line, line).first->second];
+  const TLineValues lines = ReadLines({ARectangle, AByCol});
+  if (lines.HasSeparator && CanJoin(lines)) return UniqueLinesPlain(ARectangle, AByCol, AExactlyOnce);
+  TFirstLines firsts(lines);
+  std::vector<uint32_t> countOf(static_cast<size_t>(TLines{ARectangle, AByCol}.Count()), 0);
+  for (uint32_t line = 0; line < countOf.size(); ++line) ++countOf[firsts.FirstLike(line)];
   return LinesOfCounts(countOf, AExactlyOnce);
 }
 
@@ -214,8 +279,9 @@ TFormulaArg CallFilter(TFormulaArgs AArgs, const TFormulaContext&) {
   if (include->ColCount != 1 && include->ColCount != array->ColCount) return ErrorArg(ceValue);
   std::vector<uint32_t> kept;
   if (include->ColCount > 0) {
-    for (int32_t row = 0; row < include->RowCount; ++row) {
-      if (ValueIsTruthy(include->ViewAt(row, 0))) kept.push_back(static_cast<uint32_t>(row));
+    const std::vector<TValueView> flags = ReadColumn(*include, 0);
+    for (uint32_t row = 0; row < flags.size(); ++row) {
+      if (ValueIsTruthy(flags[row])) kept.push_back(row);
     }
   }
   if (!kept.empty()) return PickRows(*array, kept);

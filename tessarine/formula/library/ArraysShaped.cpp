@@ -71,17 +71,20 @@ class TCanvas {
   std::vector<TCellValue> FCells;
 };
 
+/// What the sheet holds already does not count as generated; what formulas made and the pads do.
 TFormulaArg Stack(TFormulaArgs AArgs, bool ASideBySide) {
   if (AArgs.empty()) return ErrorArg(ceValue);
   int64_t rows = 0;
   int64_t cols = 0;
+  int64_t fromSheet = 0;
   for (const TFormulaArg& arg : AArgs) {
     const int64_t partRows = arg.IsRange ? arg.RowCount : 1;
     const int64_t partCols = arg.IsRange ? arg.ColCount : 1;
     rows = ASideBySide ? std::max(rows, partRows) : rows + partRows;
     cols = ASideBySide ? cols + partCols : std::max(cols, partCols);
+    if (arg.HasOrigin) fromSheet += partRows * partCols;
   }
-  if (!FitsArranged(rows, cols)) return ErrorArg(ceNum);
+  if (!FitsArranged(rows, cols) || rows * cols - fromSheet > kMaxGeneratedCells) return ErrorArg(ceNum);
   TCanvas canvas(rows, cols, NotAvailable());
   int64_t at = 0;
   for (const TFormulaArg& arg : AArgs) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include <tessarine/formula/library/detail/ArgReading.h>
@@ -90,13 +92,50 @@ TCellValue CallCountIf(TFormulaArgs AArgs, const TFormulaContext& AContext) {
   return TCellValue::FromNumber(static_cast<double>(count));
 }
 
-TCellValue CallSumIfs(TFormulaArgs AArgs, const TFormulaContext& AContext) {
+/// What the functions of values, range1, criterion1, ... share: AAnswer(values, conditions) when the arguments fit.
+template <class TAnswer>
+TCellValue AnswerWhere(TFormulaArgs AArgs, TAnswer&& AAnswer) {
   if (AArgs.size() < 3 || AArgs.size() % 2 == 0) return ValueError();
   TRectangles rectangles(AArgs);
   const TFormulaArg& values = rectangles[0];
   const std::vector<TCondition> conditions = ConditionsOf(rectangles, AArgs, 1, values.CellCount());
-  if (conditions.empty()) return ValueError();
-  return NumberOrError(TotalOf(values, conditions, values.CellCount(), AContext).Sum);
+  return conditions.empty() ? ValueError() : AAnswer(values, conditions);
+}
+
+TCellValue CallSumIfs(TFormulaArgs AArgs, const TFormulaContext& AContext) {
+  return AnswerWhere(AArgs, [&](const TFormulaArg& AValues, const std::vector<TCondition>& AConditions) {
+    return NumberOrError(TotalOf(AValues, AConditions, AValues.CellCount(), AContext).Sum);
+  });
+}
+
+TCellValue CallAverageIfs(TFormulaArgs AArgs, const TFormulaContext& AContext) {
+  return AnswerWhere(AArgs, [&](const TFormulaArg& AValues, const std::vector<TCondition>& AConditions) {
+    const TTotal total = TotalOf(AValues, AConditions, AValues.CellCount(), AContext);
+    return total.Count == 0 ? Div0Error() : NumberOrError(total.Sum / static_cast<double>(total.Count));
+  });
+}
+
+/// The largest or smallest of the numbers that meet the criteria, 0 without any.
+template <class TBetter>
+TCellValue ExtremeWhere(TFormulaArgs AArgs, const TFormulaContext& AContext, TBetter ABetter) {
+  return AnswerWhere(AArgs, [&](const TFormulaArg& AValues, const std::vector<TCondition>& AConditions) {
+    std::optional<double> best;
+    WalkMatchingNumbers(AValues, AConditions, AValues.CellCount(), AContext.Indexes,
+                        [&](std::span<const double> ANumbers) {
+                          for (const double number : ANumbers) {
+                            if (!best || ABetter(number, *best)) best = number;
+                          }
+                          return true;
+                        });
+    return NumberOrError(best.value_or(0));
+  });
+}
+
+TCellValue CallMaxIfs(TFormulaArgs AArgs, const TFormulaContext& AContext) {
+  return ExtremeWhere(AArgs, AContext, std::greater<double>());
+}
+TCellValue CallMinIfs(TFormulaArgs AArgs, const TFormulaContext& AContext) {
+  return ExtremeWhere(AArgs, AContext, std::less<double>());
 }
 
 TCellValue CallCountIfs(TFormulaArgs AArgs, const TFormulaContext& AContext) {
@@ -113,11 +152,20 @@ constexpr TFunctionDef kCriteriaFunctions[] = {
     {.Name = u"AVERAGEIF", .MinArgs = 2, .MaxArgs = 3, .Body = CallAverageIf, .InCompletion = true,
      .Arguments = u"range, criterion, [average_range]",
      .Description = u"Mean of the numbers whose cells in a range meet a criterion."},
+    {.Name = u"AVERAGEIFS", .MinArgs = 3, .Tier = ftrExtra, .Body = CallAverageIfs, .InCompletion = true,
+     .Arguments = u"average_range, range1, criterion1, [range2], [criterion2], ...",
+     .Description = u"Mean of the numbers at the places that meet a criterion in every range."},
     {.Name = u"COUNTIF", .MinArgs = 2, .MaxArgs = 2, .Body = CallCountIf, .InCompletion = true,
      .Arguments = u"range, criterion", .Description = u"How many cells of a range meet a criterion such as \">5\"."},
     {.Name = u"COUNTIFS", .MinArgs = 2, .Body = CallCountIfs, .InCompletion = true,
      .Arguments = u"range1, criterion1, [range2], [criterion2], ...",
      .Description = u"How many places meet a criterion in every range; all ranges have the same number of cells."},
+    {.Name = u"MAXIFS", .MinArgs = 3, .Tier = ftrExtra, .Body = CallMaxIfs,
+     .Arguments = u"max_range, range1, criterion1, [range2], [criterion2], ...",
+     .Description = u"Largest of the numbers at the places that meet a criterion in every range, 0 without any."},
+    {.Name = u"MINIFS", .MinArgs = 3, .Tier = ftrExtra, .Body = CallMinIfs,
+     .Arguments = u"min_range, range1, criterion1, [range2], [criterion2], ...",
+     .Description = u"Smallest of the numbers at the places that meet a criterion in every range, 0 without any."},
     {.Name = u"SUMIF", .MinArgs = 2, .MaxArgs = 3, .Body = CallSumIf, .InCompletion = true,
      .Arguments = u"range, criterion, [sum_range]",
      .Description = u"Sum of the numbers whose cells in a range meet a criterion."},

@@ -43,6 +43,9 @@ class TAsRectangle {
   TFormulaArg FMade;
 };
 
+/// The values of one column of a rectangle (0-based), borrowed; read in one go, which for views is the fast way.
+std::vector<TValueView> ReadColumn(const TFormulaArg& ARectangle, int32_t ACol);
+
 /// The rows (columns) of a rectangle with these 0-based numbers, in this order; #NUM! when they are too many cells.
 TFormulaArg PickRows(const TFormulaArg& ARectangle, std::span<const uint32_t> ARows);
 TFormulaArg PickCols(const TFormulaArg& ARectangle, std::span<const uint32_t> ACols);

@@ -4,11 +4,11 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <string_view>
+#include <optional>
 
 #include <tessarine/core/values/Coercion.h>
 #include <tessarine/core/values/Text.h>
-#include <tessarine/platform/Unicode.h>
+#include <tessarine/formula/library/detail/SortTexts.h>
 
 namespace tessarine::detail {
 
@@ -186,57 +186,12 @@ std::vector<uint32_t> OrderOfNumbers(std::vector<TKeyed> AItems) {
   return ExchangeSortTies(runs.Positions, runs.Ends);
 }
 
-/// Texts behind what all of them begin with, cut into a key of 8 bytes that sorts as they do. A missing unit counts as
-/// U+0000, so equal keys only mean equal texts when IsWhole().
-class TTextKeys {
- public:
-  explicit TTextKeys(std::span<const std::u16string_view> ATexts) : FTexts(ATexts) {
-    FSkip = ATexts.front().size();
-    for (const std::u16string_view text : ATexts) {
-      size_t same = 0;
-      const size_t most = std::min(FSkip, text.size());
-      while (same < most && AsciiUpper(text[same]) == AsciiUpper(ATexts.front()[same])) ++same;
-      FSkip = same;
-    }
-    size_t longest = 0;
-    char16_t units = 0;  // all units' bits together
-    bool hasNul = false;
-    for (const std::u16string_view text : ATexts) {
-      longest = std::max(longest, text.size() - FSkip);
-      for (const char16_t unit : text.substr(FSkip, 8)) {
-        units |= unit;
-        hasNul = hasNul || unit == 0;
-      }
-    }
-    FNarrow = units < 0x100;  // eight units of a byte, else four of two
-    FWhole = !hasNul && longest <= (FNarrow ? 8 : 4);
-  }
-
-  /// Whether nothing of any text is left out of its key.
-  bool IsWhole() const { return FWhole; }
-
-  uint64_t KeyOf(uint32_t APosition) const {
-    const std::u16string_view text = FTexts[APosition].substr(FSkip);
-    uint64_t key = 0;
-    for (size_t i = 0; i < (FNarrow ? 8u : 4u); ++i) {
-      key = key << (FNarrow ? 8 : 16) | (i < text.size() ? AsciiUpper(text[i]) : 0u);
-    }
-    return key;
-  }
-
- private:
-  std::span<const std::u16string_view> FTexts;
-  size_t FSkip = 0;  // units that all texts share, case folded
-  bool FNarrow = false;
-  bool FWhole = false;
-};
-
 /// Adds texts with one key, which are in order of position, to the runs. AAllEqual tells that they are known to be
 /// equal.
-void AddTextsOfOneKey(std::span<TKeyed> AItems, std::span<const std::u16string_view> ATexts, bool AAllEqual,
-                      bool ADescending, TSortedRuns& ARuns) {
+void AddTextsOfOneKey(std::span<TKeyed> AItems, std::span<const TSortText> ATexts, bool AAllEqual, bool ADescending,
+                      TSortedRuns& ARuns) {
   const auto compare = [&](const TKeyed& ALeft, const TKeyed& ARight) {
-    return CompareAsciiNoCase(ATexts[ALeft.Position], ATexts[ARight.Position]);
+    return CompareSortTexts(ATexts[ALeft.Position], ATexts[ARight.Position]);
   };
   const bool allEqual = AAllEqual || std::all_of(AItems.begin() + 1, AItems.end(), [&](const TKeyed& AItem) {
                           return compare(AItems.front(), AItem) == 0;
@@ -255,9 +210,8 @@ void AddTextsOfOneKey(std::span<TKeyed> AItems, std::span<const std::u16string_v
 }
 
 std::vector<uint32_t> OrderOfTexts(std::span<const TValueView> AKeys, bool ADescending) {
-  std::vector<std::u16string_view> texts(AKeys.size());
-  std::u16string unused;  // what is no number has a text that stands somewhere
-  for (size_t i = 0; i < AKeys.size(); ++i) texts[i] = DisplayView(AKeys[i], unused);
+  std::vector<TText> made;
+  const std::vector<TSortText> texts = SortTextsOf(AKeys, made);
   const TTextKeys keys(texts);
   std::vector<TKeyed> items(AKeys.size());
   for (uint32_t i = 0; i < items.size(); ++i) items[i] = {ADescending ? ~keys.KeyOf(i) : keys.KeyOf(i), i};
@@ -271,59 +225,25 @@ std::vector<uint32_t> OrderOfTexts(std::span<const TValueView> AKeys, bool ADesc
   return ExchangeSortTies(runs.Positions, runs.Ends);
 }
 
-/// Merges runs of growing length. Unlike the library's sorts it asks nothing of the comparison: one that contradicts
-/// itself only costs the order.
-template <class F>
-std::vector<uint32_t> MergeSort(size_t ACount, F&& ACompare) {
-  std::vector<uint32_t> order(ACount);
-  std::vector<uint32_t> other(ACount);
-  std::iota(order.begin(), order.end(), 0u);
-  for (size_t length = 1; length < ACount; length *= 2) {
-    for (size_t start = 0; start < ACount; start += 2 * length) {
-      const size_t middle = std::min(start + length, ACount);
-      const size_t end = std::min(start + 2 * length, ACount);
-      size_t left = start;
-      size_t right = middle;
-      for (size_t out = start; out < end; ++out) {
-        const bool takeLeft = left < middle && (right >= end || ACompare(order[left], order[right]) <= 0);
-        other[out] = order[takeLeft ? left++ : right++];
-      }
-    }
-    order.swap(other);
-  }
-  return order;
-}
-
-TText SortTextOf(const TValueView& AValue) {
-  if (AValue.Kind == cvkText || AValue.Kind == cvkFormula) return TText::Share(AValue.Block);
-  return TCellValue::FromView(AValue).ToDisplayString();
-}
-
-/// What a comparison of mixed keys needs, made once per key.
-struct TMixedKey {
-  TText Text;
-  double Number = 0;
-  bool IsNumber = false;
-};
-
 std::vector<uint32_t> OrderOfMixedKeys(std::span<const TValueView> AKeys, bool ADescending) {
-  std::vector<TMixedKey> keys(AKeys.size());
-  for (size_t i = 0; i < AKeys.size(); ++i) {
-    keys[i].Text = SortTextOf(AKeys[i]);
-    keys[i].IsNumber = AsNumber(AKeys[i], keys[i].Number);
-  }
+  std::vector<TText> made;
+  const std::vector<TSortText> texts = SortTextsOf(AKeys, made);
+  std::vector<std::optional<double>> numbers;
+  TKeyNumbers reader;
+  for (const TValueView& key : AKeys) numbers.push_back(reader.NumberOf(key));
   const auto compare = [&](uint32_t ALeft, uint32_t ARight) {
-    const TMixedKey& left = keys[ALeft];
-    const TMixedKey& right = keys[ARight];
+    const std::optional<double>& left = numbers[ALeft];
+    const std::optional<double>& right = numbers[ARight];
     int order = 0;
-    if (left.IsNumber && right.IsNumber) {
-      order = left.Number < right.Number ? -1 : left.Number > right.Number ? 1 : 0;
+    if (left && right) {
+      order = *left < *right ? -1 : *left > *right ? 1 : 0;
     } else {
-      order = CompareAsciiNoCase(left.Text.View(), right.Text.View());
+      order = CompareSortTexts(texts[ALeft], texts[ARight]);
     }
     return ADescending ? -order : order;
   };
-  return keys.size() <= kMaxMixedKeys ? ExchangeSortPlain(keys.size(), compare) : MergeSort(keys.size(), compare);
+  return AKeys.size() <= kMaxMixedKeys ? ExchangeSortPlain(AKeys.size(), compare)
+                                       : TolerantMergeSort(AKeys.size(), compare);
 }
 
 }  // namespace
@@ -333,11 +253,12 @@ std::vector<uint32_t> SortedOrder(std::span<const TValueView> AKeys, bool ADesce
   std::vector<TKeyed> items(AKeys.size());
   size_t numbers = 0;
   bool hasNan = false;
+  TKeyNumbers reader;
   for (size_t i = 0; i < AKeys.size(); ++i) {
-    double number = 0;
-    if (AsNumber(AKeys[i], number)) ++numbers;
-    hasNan = hasNan || std::isnan(number);
-    items[i] = {OrderedBits(number, ADescending), static_cast<uint32_t>(i)};
+    const std::optional<double> number = reader.NumberOf(AKeys[i]);
+    if (number) ++numbers;
+    hasNan = hasNan || (number && std::isnan(*number));
+    items[i] = {OrderedBits(number.value_or(0), ADescending), static_cast<uint32_t>(i)};
   }
   if (numbers == AKeys.size() && !hasNan) return OrderOfNumbers(std::move(items));
   if (numbers == 0) return OrderOfTexts(AKeys, ADescending);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <numeric>
 #include <span>
@@ -26,9 +27,32 @@ std::vector<uint32_t> ExchangeSortPlain(size_t ACount, F&& ACompare) {
   return order;
 }
 
-/// The same result for keys of a total order, in O(n log n). ASorted holds all positions ordered by key, equal keys by
-/// position; AGroupEnds holds, for each run of equal keys in it, the index behind its last one, ascending. At most
-/// 2^31 positions.
+/// Merges runs of growing length. Unlike the library's sorts it asks nothing of the comparison: one that contradicts
+/// itself only costs the order.
+template <class F>
+std::vector<uint32_t> TolerantMergeSort(size_t ACount, F&& ACompare) {
+  std::vector<uint32_t> order(ACount);
+  std::vector<uint32_t> other(ACount);
+  std::iota(order.begin(), order.end(), 0u);
+  for (size_t length = 1; length < ACount; length *= 2) {
+    for (size_t start = 0; start < ACount; start += 2 * length) {
+      const size_t middle = std::min(start + length, ACount);
+      const size_t end = std::min(start + 2 * length, ACount);
+      size_t left = start;
+      size_t right = middle;
+      for (size_t out = start; out < end; ++out) {
+        const bool takeLeft = left < middle && (right >= end || ACompare(order[left], order[right]) <= 0);
+        other[out] = order[takeLeft ? left++ : right++];
+      }
+    }
+    order.swap(other);
+  }
+  return order;
+}
+
+/// The result of the exchange sort for keys of a total order, in O(n log n). ASorted holds all positions ordered by
+/// key, equal keys by position; AGroupEnds holds, for each run of equal keys in it, the index behind its last one,
+/// ascending. At most 2^31 positions.
 std::vector<uint32_t> ExchangeSortTies(std::span<const uint32_t> ASorted, std::span<const uint32_t> AGroupEnds);
 
 /// The order of cell values: as numbers where both are numbers, else by display text without regard to ASCII case.

@@ -168,6 +168,12 @@ int64_t TEqualityIndex::FirstMatch(const TMatchKey& AKey) const {
   return first;
 }
 
+int64_t TEqualityIndex::FirstMatch(double ANumber) const {
+  if (!FTexts.empty() || ANumber == 0) return FirstMatch(TMatchKey(TValueView::FromNumber(ANumber)));
+  const auto found = FNumbers.find(NumberBits(ANumber));
+  return found == FNumbers.end() ? -1 : int64_t{found->second.First};
+}
+
 std::optional<std::span<const uint32_t>> TEqualityIndex::Matches(const TMatchKey& AKey) const {
   const TFound found = Find(AKey);
   if (found.One && found.Other) return std::nullopt;

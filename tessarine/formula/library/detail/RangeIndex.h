@@ -33,6 +33,8 @@ class TEqualityIndex {
 
   /// The first cell that equals the key, blanks included; -1 when there is none.
   int64_t FirstMatch(const TMatchKey& AKey) const;
+  /// The same for a key that is a number.
+  int64_t FirstMatch(double ANumber) const;
 
   /// The cells that equal the key and are not blank, in order; nothing when they do not stand in one list.
   std::optional<std::span<const uint32_t>> Matches(const TMatchKey& AKey) const;
