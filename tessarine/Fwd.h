@@ -46,9 +46,17 @@ class TConditionalFormatList;
 class TDataValidationList;
 class THyperlinkList;
 class TMergedCellList;
+class TOlapConnection;
+class TOlapConnectionList;
 class TPageSetup;
+class TPivotCache;
+class TPivotCacheList;
+class TPivotTable;
 class TRowColSizing;
 class TSheetAutoFilter;
+class TSheetDrawingBag;
+class TSheetDrawingList;
+class TSheetPivotTableList;
 class TSheetSlicer;
 class TSheetSlicerList;
 class TSheetTable;
@@ -59,10 +67,14 @@ struct TAutoFilterState;
 struct TCellComment;
 struct TConditionalFormatRule;
 struct TDataValidationRule;
+struct TDrawingAnchor;
 struct THeaderFooterSection;
 struct TMergeAnchor;
 struct TMergedRange;
 struct TOutlineGroup;
+struct TSheetChartSeries;
+struct TSheetChartSubplot;
+struct TSheetDrawing;
 struct TSheetSavedView;
 struct TPaperDimensions;
 struct TPrintJobSettings;
@@ -74,9 +86,24 @@ struct TValidationVerdict;
 // Undo
 class IUndoCommand;
 class TCellEditCommand;
+class TDrawingAddCommand;
+class TDrawingAnchorCommand;
+class TDrawingChartCommand;
+class TDrawingDeleteCommand;
+class TDrawingLegendCommand;
+class TDrawingTitleCommand;
 class TMultiCellEditCommand;
 class TUndoManager;
 struct TCellSnapshot;
+struct TSheetSortKey;
+
+// What a host may set
+class TTessarineNamedRanges;
+class TTessarineUiTheme;
+struct TBehaviorSettings;
+struct TProtectionSettings;
+struct TTabBarSettings;
+struct TViewSettings;
 
 // The network
 class IHttpClient;

@@ -314,7 +314,7 @@ TEST(CellStore, TellsChangesByItsVersions) {
       {"number", [](auto& AStore, auto&, auto&) { AStore.SetNumber(2, 1, 1, 0); }, true, false},
       {"result", [](auto& AStore, auto& ARecord, auto&) { AStore.SetCachedNumber(1, ARecord, 1); }, true, false},
       {"no result", [](auto& AStore, auto& ARecord, auto&) { AStore.ClearCached(1, ARecord); }, true, false},
-      {"the same formula", [](auto& AStore, auto&, auto& ACell) { AStore.Set(1, 1, ACell); }, true, false},
+      {"the same formula", [](auto& AStore, auto&, auto& ACell) { AStore.Set(1, 1, ACell); }, true, true},
       {"another formula", [](auto& AStore, auto&, auto&) { AStore.SetFormula(1, 1, u"=B2", 0); }, true, true},
       {"a number instead", [](auto& AStore, auto&, auto&) { AStore.SetNumber(1, 1, 1, 0); }, true, true},
       {"a formula instead", [](auto& AStore, auto&, auto&) { AStore.SetFormula(1, 1, u"=B1", 0); }, true, true},

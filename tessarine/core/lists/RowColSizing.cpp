@@ -65,6 +65,7 @@ void TRowColSizing::SetRowHeightPt(int32_t ARow, double AHeightPt) { FRows->SetS
 bool TRowColSizing::HasCustomRowHeight(int32_t ARow) const { return FRows->HasCustomSize(ARow); }
 void TRowColSizing::SetAutoRowHeightPt(int32_t ARow, double AHeightPt) { FRows->SetAutoSize(ARow, AHeightPt); }
 void TRowColSizing::ClearAutoRowHeight(int32_t ARow) { FRows->ClearAutoSize(ARow); }
+void TRowColSizing::ClearAutoRowHeights() { FRows->ClearAutoSizes(); }
 
 int32_t TRowColSizing::ColWidthToPixels(double AWidthChars, int32_t ADpi) const {
   return ColScale(ADpi).ToPixels(AWidthChars);

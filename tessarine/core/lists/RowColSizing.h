@@ -64,6 +64,7 @@ class TESSARINE_API TRowColSizing {
   /// Keeps a measured height; one up to the default plus 0.01 removes the entry.
   void SetAutoRowHeightPt(int32_t ARow, double AHeightPt);
   void ClearAutoRowHeight(int32_t ARow);
+  void ClearAutoRowHeights();
 
   // Pixels.
   int32_t ColWidthToPixels(double AWidthChars, int32_t ADpi) const;

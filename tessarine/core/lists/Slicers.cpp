@@ -1,21 +1,16 @@
 #include <tessarine/core/lists/Slicers.h>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
+#include <tessarine/core/lists/detail/SlidLine.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine {
 
 namespace {
 
-/// ALine moved by ADelta when it lies at or behind AStart, held inside 32 bits.
-int32_t SlidLine(int32_t ALine, int64_t AStart, int64_t ADelta) {
-  if (ALine < AStart) return ALine;
-  return static_cast<int32_t>(
-      std::clamp<int64_t>(ALine + ADelta, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
-}
+using detail::SlidLine;
 
 }  // namespace
 

@@ -9,8 +9,11 @@
 
 #include <tessarine/core/format/StyleSheet.h>
 #include <tessarine/core/format/Theme.h>
+#include <tessarine/core/lists/OlapConnections.h>
+#include <tessarine/core/lists/PivotCache.h>
 #include <tessarine/core/reference/detail/FormulaTemplate.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/core/undo/UndoManager.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Unicode.h>
 
@@ -60,7 +63,10 @@ TWorkbook::TWorkbook()
     : FPool(std::make_unique<detail::TFormulaPool>()),
       FStyleSheet(std::make_unique<TTessarineStyleSheet>()),
       FTheme(std::make_unique<TTessarineTheme>()),
-      FTables(std::make_unique<TTables>()) {
+      FPivotCaches(std::make_unique<TPivotCacheList>()),
+      FOlapConnections(std::make_unique<TOlapConnectionList>()),
+      FTables(std::make_unique<TTables>()),
+      FUndoManager(std::make_unique<TUndoManager>()) {
   NewWorkbook();
 }
 
@@ -75,12 +81,15 @@ void TWorkbook::NewWorkbook() {
   FActiveSheetIndex = 0;
   FStyleSheet->Clear();
   FTheme->SetDefaultOfficeTheme();
+  FPivotCaches->Clear();
+  FOlapConnections->Clear();
   ClearNamedFormulas();
   ClearWebCache();
   FModified = false;
   FUpdateLock = 0;
   FPendingModified = false;
   FStructureProtected = false;
+  FUndoManager->Clear();
 }
 
 // ---- sheets
@@ -207,6 +216,28 @@ std::vector<TText> TWorkbook::NamedFormulaNames() const {
   for (const auto& [name, formula] : FTables->Names) names.emplace_back(name);
   std::sort(names.begin(), names.end());
   return names;
+}
+
+std::vector<std::pair<TText, TText>> TWorkbook::CopyNamedFormulas() const {
+  std::vector<std::pair<TText, TText>> names;
+  names.reserve(FTables->Names.size());
+  for (const auto& [name, formula] : FTables->Names) names.emplace_back(TText(name), formula);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+void TWorkbook::RestoreNamedFormulas(const std::vector<std::pair<TText, TText>>& ANames) {
+  ClearNamedFormulas();
+  for (const auto& [name, formula] : ANames) FTables->Names.insert_or_assign(std::u16string(name.View()), formula);
+}
+
+void TWorkbook::RewriteNamedFormulas(const std::function<std::u16string(std::u16string_view)>& ARewrite) {
+  for (auto& [name, formula] : FTables->Names) {
+    const std::u16string rewritten = ARewrite(formula);
+    if (rewritten == formula.View()) continue;
+    formula = TText(rewritten);
+    ++FNamesVersion;
+  }
 }
 
 // ---- results of web functions

@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <tessarine/Export.h>
@@ -16,6 +18,10 @@ class TWorkbook;
 class TWorksheet;
 class TTessarineStyleSheet;
 class TTessarineTheme;
+class TUndoManager;
+enum class TShiftAxis : uint8_t;
+class TOlapConnectionList;
+class TPivotCacheList;
 class IHttpClient;
 class ITessarineStockHistoryProvider;
 class ITessarineRtdProvider;
@@ -25,7 +31,8 @@ class ITessarineImportRangeProvider;
 
 namespace detail {
 class TFormulaPool;
-}
+struct TLineEdit;
+}  // namespace detail
 
 using TWorkbookModifiedEvent = std::function<void(TWorkbook& ASender)>;
 
@@ -86,6 +93,26 @@ class TESSARINE_API TWorkbook {
   bool HasNamedFormulas() const;
   static std::u16string NormalizeName(std::u16string_view AName);
 
+  /// All names with their formulas, sorted; and all of them put back exactly as given.
+  std::vector<std::pair<TText, TText>> CopyNamedFormulas() const;
+  void RestoreNamedFormulas(const std::vector<std::pair<TText, TText>>& ANames);
+
+  // ---- structure: edits of a sheet that keep references right in the whole workbook
+  /// Formulas of all sheets, validations, charts and defined names follow; a reference to deleted lines becomes #REF!.
+  /// Inserted lines inside a table take over formats and formulas. Results of changed formulas go, and all of the
+  /// edited sheet: recalculate afterwards. Marks the workbook modified. Nothing at all happens for a sheet that does
+  /// not exist, a start outside the sheet or a count below 1.
+  void InsertRows(int32_t ASheetIndex, int32_t AStart, int32_t ACount);
+  void DeleteRows(int32_t ASheetIndex, int32_t AStart, int32_t ACount);
+  void InsertColumns(int32_t ASheetIndex, int32_t AStart, int32_t ACount);
+  void DeleteColumns(int32_t ASheetIndex, int32_t AStart, int32_t ACount);
+  /// Puts ACount lines from AStart before the line ADest of the old numbering.
+  void MoveRows(int32_t ASheetIndex, int32_t AStart, int32_t ACount, int32_t ADest);
+  void MoveColumns(int32_t ASheetIndex, int32_t AStart, int32_t ACount, int32_t ADest);
+
+  /// Reversible edits of this workbook; 100 levels. Structural ones: core/undo/StructureCommands.h.
+  TUndoManager& UndoManager() { return *FUndoManager; }
+
   // ---- results of web functions
   std::optional<TText> TryGetWebCache(TTextArg AKey) const;
   void PutWebCache(TTextArg AKey, TTextArg AValue);
@@ -118,6 +145,12 @@ class TESSARINE_API TWorkbook {
   TTessarineTheme& Theme() { return *FTheme; }
   const TTessarineTheme& Theme() const { return *FTheme; }
 
+  /// The sources of pivot tables, and the connections to cubes; a new workbook has none.
+  TPivotCacheList& PivotCaches() { return *FPivotCaches; }
+  const TPivotCacheList& PivotCaches() const { return *FPivotCaches; }
+  TOlapConnectionList& OlapConnections() { return *FOlapConnections; }
+  const TOlapConnectionList& OlapConnections() const { return *FOlapConnections; }
+
   // ---- providers of external data, set by the host; they survive NewWorkbook
   std::shared_ptr<ITessarineStockHistoryProvider> StockHistoryProvider;
   std::shared_ptr<ITessarineRtdProvider> RtdProvider;
@@ -138,12 +171,18 @@ class TESSARINE_API TWorkbook {
   struct TTables;  // dictionaries: defined names, web results, sheets by name
 
   void FireModified();
+  void InsertLines(int32_t ASheetIndex, TShiftAxis AAxis, int32_t AStart, int32_t ACount);
+  void EditAndMark(int32_t ASheetIndex, const std::optional<detail::TLineEdit>& AEdit);
+  void EditLines(TWorksheet& ASheet, const detail::TLineEdit& AEdit);
+  void RewriteNamedFormulas(const std::function<std::u16string(std::u16string_view)>& ARewrite);
 
   std::unique_ptr<detail::TFormulaPool> FPool;  // before the sheets: their records hold its templates
   std::vector<std::unique_ptr<TWorksheet>> FSheets;
   int32_t FActiveSheetIndex = 0;
   std::unique_ptr<TTessarineStyleSheet> FStyleSheet;
   std::unique_ptr<TTessarineTheme> FTheme;
+  std::unique_ptr<TPivotCacheList> FPivotCaches;
+  std::unique_ptr<TOlapConnectionList> FOlapConnections;
   std::unique_ptr<TTables> FTables;
   bool FModified = false;
   int32_t FUpdateLock = 0;
@@ -153,6 +192,7 @@ class TESSARINE_API TWorkbook {
   TWorkbookModifiedEvent FOnModified;
   uint64_t FSheetListVersion = 1;
   uint64_t FNamesVersion = 1;
+  std::unique_ptr<TUndoManager> FUndoManager;  // last: its commands hold states of the sheets' stores
 };
 
 }  // namespace tessarine

@@ -7,9 +7,11 @@
 #include <tessarine/core/lists/CellComments.h>
 #include <tessarine/core/lists/ConditionalFormats.h>
 #include <tessarine/core/lists/DataValidations.h>
+#include <tessarine/core/lists/Drawings.h>
 #include <tessarine/core/lists/Hyperlinks.h>
 #include <tessarine/core/lists/MergedCells.h>
 #include <tessarine/core/lists/PageSetup.h>
+#include <tessarine/core/lists/PivotTables.h>
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/lists/SavedView.h>
 #include <tessarine/core/lists/SheetTables.h>
@@ -49,11 +51,13 @@ TWorksheet::TWorksheet(TText AName, TWorkbook* AOwner, detail::TFormulaPool& APo
       FAutoFilter(std::make_unique<TSheetAutoFilter>()),
       FComments(std::make_unique<TCellCommentList>()),
       FSlicers(std::make_unique<TSheetSlicerList>()),
+      FDrawings(std::make_unique<TSheetDrawingList>()),
+      FPivots(std::make_unique<TSheetPivotTableList>()),
       FPageSetup(std::make_unique<TPageSetup>()),
       FSavedView(std::make_unique<TSheetSavedView>()),
       FChangeTarget(AOwner ? TChangeTarget::ctWorkbook : TChangeTarget::ctNone) {}
 
-TWorksheet::~TWorksheet() = default;
+TWorksheet::~TWorksheet() { detail::TCellStore::Retire(std::move(FStore)); }
 
 void TWorksheet::SetName(TTextArg AName) {
   FName = TText(AName.View());
@@ -158,6 +162,12 @@ bool TWorksheet::ChangesAreUnobserved() const {
 
 void TWorksheet::NoteBulkChange() {
   if (FChangeTarget == TChangeTarget::ctWorkbook) FOwner->SheetChanged();
+}
+
+void TWorksheet::TellChange(TCellAddress AAddress, bool AWasEmpty) {
+  if (FChangeTarget != TChangeTarget::ctForeign) return NoteBulkChange();
+  const TCell cell = GetCell(AAddress);
+  FireChange(AAddress, AWasEmpty ? TCell::CreateEmpty() : cell, cell);
 }
 
 void TWorksheet::FireChange(TCellAddress AAddress, const TCell& AOldCell, const TCell& ANewCell) {

@@ -27,7 +27,9 @@ class TDataValidationList;
 class TConditionalFormatList;
 class TSheetAutoFilter;
 class TCellCommentList;
+class TSheetPivotTableList;
 class TSheetSlicerList;
+class TSheetDrawingList;
 class TPageSetup;
 struct TSheetSavedView;
 class TTessarineStyleSheet;
@@ -36,6 +38,7 @@ namespace detail {
 class TCellStore;
 class TFormulaPool;
 struct TCellSlot;
+struct TLineEdit;
 }  // namespace detail
 
 /// A change of one cell: the sheet, the address, the cell before and the cell now.
@@ -124,6 +127,8 @@ class TESSARINE_API TWorksheet {
   /// Bulk writers may then skip the building of old and new cells and call NoteBulkChange once.
   bool ChangesAreUnobserved() const;
   void NoteBulkChange();
+  /// Fires the change event for a cell that is written already; it had no content before, or is told as it is now.
+  void TellChange(TCellAddress AAddress, bool AWasEmpty);
 
   // ---- bounds
   int32_t UsedMaxCol() const { return FUsedMaxCol; }
@@ -176,6 +181,28 @@ class TESSARINE_API TWorksheet {
   /// Reads the header rows of all tables into their column names; an empty header gives "Column" and its position.
   void RefreshTableColumnNames();
 
+  // ---- structure: this sheet alone; references to it are the workbook's business (TWorkbook::InsertRows ...)
+  /// Carries cells and everything that has a place on the sheet along. What leaves the sheet is gone, and so are all
+  /// cached results. Links stay where they are. Nothing happens for a start outside the sheet or a count below 1. No
+  /// events.
+  void InsertRows(int32_t AStart, int32_t ACount);
+  void DeleteRows(int32_t AStart, int32_t ACount);
+  void InsertColumns(int32_t AStart, int32_t ACount);
+  void DeleteColumns(int32_t AStart, int32_t ACount);
+  /// Puts ACount lines from AStart before the line ADest of the old numbering; links go along, slicers do not.
+  void MoveRows(int32_t AStart, int32_t ACount, int32_t ADest);
+  void MoveColumns(int32_t AStart, int32_t ACount, int32_t ADest);
+
+  /// Rewrites the formulas of cells, validations and charts after an edit of the sheet ASheetName (see AdjustFormula);
+  /// a formula whose text changes loses its result. AOnSheet: references without a sheet mean that one. No events.
+  void AdjustFormulas(TTextArg ASheetName, bool AOnSheet, bool ARows, int64_t AStart, int64_t ADelta);
+  /// The same for a move; ADest is the block's new first line.
+  void AdjustFormulasForMove(TTextArg ASheetName, bool AOnSheet, bool ARows, int64_t AStart, int64_t ACount,
+                             int64_t ADest);
+  /// Lets inserted lines inside tables take over formats, and rows also formulas, from the line before the insert, or
+  /// behind it where there is none before. Fires the change event for each cell that changes.
+  void PropagateTableInsert(bool ARows, int32_t AStart, int32_t ACount);
+
   TMergedCellList& Merges() { return *FMerges; }
   const TMergedCellList& Merges() const { return *FMerges; }
   TSpillMap& Spills() { return *FSpills; }
@@ -196,6 +223,10 @@ class TESSARINE_API TWorksheet {
   const TCellCommentList& Comments() const { return *FComments; }
   TSheetSlicerList& Slicers() { return *FSlicers; }
   const TSheetSlicerList& Slicers() const { return *FSlicers; }
+  TSheetDrawingList& Drawings() { return *FDrawings; }
+  const TSheetDrawingList& Drawings() const { return *FDrawings; }
+  TSheetPivotTableList& Pivots() { return *FPivots; }
+  const TSheetPivotTableList& Pivots() const { return *FPivots; }
   TPageSetup& PageSetup() { return *FPageSetup; }
   const TPageSetup& PageSetup() const { return *FPageSetup; }
   TSheetSavedView& SavedView() { return *FSavedView; }
@@ -204,6 +235,12 @@ class TESSARINE_API TWorksheet {
   // ---- for the engine's own floors
   detail::TCellStore& Store() { return *FStore; }
   const detail::TCellStore& Store() const { return *FStore; }
+
+  /// Carries out an edit of this sheet; its formulas keep their texts, or follow the edit in the same pass.
+  void EditLines(const detail::TLineEdit& AEdit, bool ARewritesFormulas);
+  /// Cells and lists after an edit of the sheet ASheetName, this one's own lines staying in place.
+  void RewriteCells(const detail::TLineEdit& AEdit, std::u16string_view ASheetName, bool AOnSheet);
+  void RewriteLists(const detail::TLineEdit& AEdit, std::u16string_view ASheetName, bool AOnSheet);
 
   /// Stores the result of the formula in a cell and tells the change; no effect when the cell is no formula.
   void StoreCachedResult(TCellAddress AAddress, const TCellValue& AResult);
@@ -218,6 +255,8 @@ class TESSARINE_API TWorksheet {
                               const TTessarineStyleSheet* AStyleSheet) const;
   const TRichTextRuns* RunsOf(TCellAddress AAddress, const detail::TCellSlot& ASlot) const;
   void AppendShownValue(const TValueView& AValue, const TCellFormat& AFormat, std::u16string& AText) const;
+  void ShiftLists(const detail::TLineEdit& AEdit);
+  void MoveLists(const detail::TLineEdit& AEdit);
   double FittingWidth(int32_t ACol, const TTessarineStyleSheet* AStyleSheet, double AMinChars) const;
 
   enum class TChangeTarget : uint8_t { ctNone, ctWorkbook, ctForeign };
@@ -235,6 +274,8 @@ class TESSARINE_API TWorksheet {
   std::unique_ptr<TSheetAutoFilter> FAutoFilter;
   std::unique_ptr<TCellCommentList> FComments;
   std::unique_ptr<TSheetSlicerList> FSlicers;
+  std::unique_ptr<TSheetDrawingList> FDrawings;
+  std::unique_ptr<TSheetPivotTableList> FPivots;
   std::unique_ptr<TPageSetup> FPageSetup;
   std::unique_ptr<TSheetSavedView> FSavedView;
   int32_t FUsedMaxCol = 1;

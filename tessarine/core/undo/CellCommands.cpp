@@ -6,14 +6,17 @@
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/core/undo/detail/CellBatch.h>
 
 namespace tessarine {
 
 namespace {
 
-void WriteCells(TWorksheet* ASheet, const std::vector<TCellSnapshot>& ACells) {
-  if (!ASheet) return;
-  for (const TCellSnapshot& cell : ACells) ASheet->SetCell(cell.Address, cell.Cell);
+detail::TCellBatch BatchOf(const std::vector<TCellSnapshot>& ACells) {
+  detail::TCellBatch batch;
+  batch.Reserve(ACells.size());
+  for (const TCellSnapshot& cell : ACells) batch.Add(cell.Address, cell.Cell);
+  return batch;
 }
 
 }  // namespace
@@ -40,14 +43,24 @@ TText TCellEditCommand::Description() const { return u"Edit cell " + FAddress.To
 TMultiCellEditCommand::TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex,
                                              std::vector<TCellSnapshot> AOldCells, std::vector<TCellSnapshot> ANewCells,
                                              TText ADescription)
+    : TMultiCellEditCommand(AWorkbook, ASheetIndex, BatchOf(AOldCells), BatchOf(ANewCells), std::move(ADescription)) {}
+
+TMultiCellEditCommand::TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, detail::TCellBatch AOldCells,
+                                             detail::TCellBatch ANewCells, TText ADescription)
     : TSheetCommand(AWorkbook, ASheetIndex),
-      FOldCells(std::move(AOldCells)),
-      FNewCells(std::move(ANewCells)),
+      FOldCells(std::make_unique<const detail::TCellBatch>(std::move(AOldCells))),
+      FNewCells(std::make_unique<const detail::TCellBatch>(std::move(ANewCells))),
       FDescription(std::move(ADescription)) {}
 
-void TMultiCellEditCommand::Execute() { WriteCells(Sheet(), FNewCells); }
+TMultiCellEditCommand::~TMultiCellEditCommand() = default;
 
-void TMultiCellEditCommand::Undo() { WriteCells(Sheet(), FOldCells); }
+void TMultiCellEditCommand::Execute() {
+  if (TWorksheet* sheet = Sheet()) FNewCells->WriteTo(*sheet);
+}
+
+void TMultiCellEditCommand::Undo() {
+  if (TWorksheet* sheet = Sheet()) FOldCells->WriteTo(*sheet);
+}
 
 TMergeCommand::TMergeCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, const TCellRange& ARange, bool AMerging)
     : TSheetCommand(AWorkbook, ASheetIndex), FRange(ARange.Normalize()), FMerging(AMerging) {}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include <tessarine/Export.h>
@@ -12,6 +13,10 @@ namespace tessarine {
 
 class TWorkbook;
 class TWorksheet;
+
+namespace detail {
+class TCellBatch;
+}
 
 /// A cell as it stood at some time.
 struct TCellSnapshot {
@@ -54,13 +59,17 @@ class TESSARINE_API TMultiCellEditCommand final : public TSheetCommand {
  public:
   TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, std::vector<TCellSnapshot> AOldCells,
                         std::vector<TCellSnapshot> ANewCells, TText ADescription);
+  /// The same for the engine's own edits, which may be large.
+  TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, detail::TCellBatch AOldCells,
+                        detail::TCellBatch ANewCells, TText ADescription);
+  ~TMultiCellEditCommand() override;
   void Execute() override;
   void Undo() override;
   TText Description() const override { return FDescription; }
 
  private:
-  std::vector<TCellSnapshot> FOldCells;
-  std::vector<TCellSnapshot> FNewCells;
+  std::unique_ptr<const detail::TCellBatch> FOldCells;  // never null
+  std::unique_ptr<const detail::TCellBatch> FNewCells;  // never null
   TText FDescription;
 };
 

@@ -113,6 +113,12 @@ void TAxisSizing::ClearAutoSize(int32_t ALine) {
   if (FAutoSizes.Erase(ALine)) DropIndex();
 }
 
+void TAxisSizing::ClearAutoSizes() {
+  if (FAutoSizes.IsEmpty()) return;
+  FAutoSizes.Clear();
+  DropIndex();
+}
+
 void TAxisSizing::SetHidden(int32_t ALine, bool AHidden) {
   if (AHidden == IsHidden(ALine)) return;
   if (AHidden) {

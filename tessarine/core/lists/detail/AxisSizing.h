@@ -41,6 +41,7 @@ class TAxisSizing {
   void SetSize(int32_t ALine, double ASize);
   void SetAutoSize(int32_t ALine, double ASize);
   void ClearAutoSize(int32_t ALine);
+  void ClearAutoSizes();
 
   bool IsHidden(int32_t ALine) const { return FHidden.Find(ALine) != nullptr; }
   void SetHidden(int32_t ALine, bool AHidden);

@@ -51,6 +51,14 @@ class TFormulaTemplate {
   /// Set and read by the formula engine only; null until the first evaluation or registration.
   mutable std::unique_ptr<TFormulaProgram> Program;
 
+  /// What the rewriting of references after structural edits has found out about the template.
+  enum TRewriteKind : uint8_t {
+    rkUnknown,
+    rkPlain,   // all references are slots without a sheet, and the rewriting leaves the rest of the text as it is
+    rkByText,  // only the whole text tells
+  };
+  mutable TRewriteKind RewriteKind = rkUnknown;
+
   uint32_t RefCount() const { return FRefCount; }
 
  private:

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <new>
 
+#include <tessarine/core/sheet/detail/StoreHistory.h>
+
 namespace tessarine::detail {
 
 namespace {
@@ -206,6 +208,7 @@ inline TCellStore::TPlace TCellStore::TryAppend(int32_t ACol, int32_t ARow) {
 
 /// The slot of a place, blank: what it held is released.
 inline TCellStore::TPlace TCellStore::OpenBlank(int32_t ACol, int32_t ARow) {
+  if (FVersionNow) NoteWrite(ACol, ARow);
   const TPlace place = TryAppend(ACol, ARow);
   return place.Tile ? place : OpenBlankPlain(ACol, ARow);
 }
@@ -235,6 +238,18 @@ void TCellStore::DropTile(int32_t ACol, uint32_t ATileIndex) {
                          ? 0
                          : static_cast<int32_t>((last - 1) * kPageTiles + kPageTiles -
                                                 static_cast<uint32_t>(std::countl_zero(column.Pages[last - 1]->Used)));
+}
+
+/// Frees a directory that belongs to no column any more, with the tiles that are left in it; their cells are elsewhere.
+void TCellStore::FreePages(TTileColumn& AColumn) noexcept {
+  for (uint32_t index = 0; index < AColumn.PageCount; ++index) {
+    TTilePage* const page = AColumn.Pages[index];
+    if (!page) continue;
+    for (TTile* const tile : page->Tiles) {
+      if (tile) FreeTile(tile);
+    }
+    FArena.Free(page, kPageClass);
+  }
 }
 
 /// Releases what a slot holds and leaves it blank.
@@ -362,13 +377,14 @@ void TCellStore::PutFormula(int32_t ACol, int32_t ARow, std::u16string_view ATex
   };
   std::unique_ptr<TFormulaTemplate, TRelease> formula(FPool.Intern(AText, ACol, ARow), TRelease{&FPool});
   if (TFormulaRecord* old = FindRecord(ACol, ARow)) {
+    if (FVersionNow) NoteWrite(ACol, ARow);
     const TPlace place = Open(ACol, ARow);
     if (place.Slot->HasExtras()) DropExtras(ACol, ARow);
     place.Slot->Flags = 0;
     place.Slot->StyleIndex = AStyleIndex;
     ClearCached(ACol, *old);
     old->Flags &= TFormulaRecord::frVisiting;
-    if (old->Template != formula.get()) ++FFormulaVersion;
+    ++FFormulaVersion;  // also for the same text: the marks of what is known of the formula are gone
     FPool.Release(old->Template);
     old->Template = formula.release();
     return;
@@ -467,6 +483,7 @@ std::shared_ptr<const TCellFormat> TCellStore::InternOverride(const TCellFormat&
 void TCellStore::Remove(int32_t ACol, int32_t ARow) {
   const TCellSlot* found = Find(ACol, ARow);
   if (!found) return;
+  if (FVersionNow) NoteWrite(ACol, ARow);
   const uint32_t tileIndex = static_cast<uint32_t>(ARow - 1) / kTileRows;
   const uint32_t row = static_cast<uint32_t>(ARow - 1) % kTileRows;
   TTile*& link = TileLink(ACol, tileIndex);
@@ -484,6 +501,7 @@ void TCellStore::Remove(int32_t ACol, int32_t ARow) {
 }
 
 void TCellStore::Clear() {
+  if (FVersionNow) ForEachByColumn([&](int32_t ACol, int32_t ARow, const TCellSlot&) { NoteWrite(ACol, ARow); });
   if (FFormulaCount != 0) ++FFormulaVersion;
   ReleaseReferences();
   std::vector<TTileColumn>().swap(FColumns);

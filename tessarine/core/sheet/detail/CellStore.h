@@ -17,6 +17,13 @@
 
 namespace tessarine::detail {
 
+class IFormulaMover;
+struct TLineMap;
+struct TStoreChange;
+struct TStoreKeeper;
+struct TStoreSnapshot;
+struct TStoreVersion;
+
 constexpr int32_t kTileRows = 256;
 constexpr int32_t kPageTiles = 32;  // tiles in one page of a column's directory
 
@@ -218,12 +225,13 @@ class TCellStore {
   /// The side table's entry of a slot with HasExtras().
   const TCellExtras* FindExtras(int32_t ACol, int32_t ARow) const;
 
+  TFormulaPool& Pool() const { return FPool; }
   size_t CellCount() const { return FCellCount; }
   size_t FormulaCount() const { return FFormulaCount; }
 
   /// Raised by every change of a stored value, of a cached result and of which cells exist.
   uint64_t Version() const { return FVersion; }
-  /// Raised by every change of which cells are formulas and of their texts.
+  /// Raised by every write of a formula and whenever one goes.
   uint64_t FormulaVersion() const { return FFormulaVersion; }
 
   /// Raised by every write into a column: stored values, cached results, which cells exist. Never falls, also not
@@ -260,6 +268,26 @@ class TCellStore {
   void SetCachedNumber(int32_t ACol, TFormulaRecord& ARecord, double ANumber);
   /// Drops the result alone; a cell with frSparkline is written back whole instead (TCell::ClearCachedResult).
   void ClearCached(int32_t ACol, TFormulaRecord& ARecord);
+  /// Drops the result of a formula, or of all of them, and with it the chart of its sparkline.
+  void ClearResult(int32_t ACol, int32_t ARow);
+  void ClearResults();
+
+  // ---- structure
+  /// Carries cells and side table along with their lines and asks AMover for the template of every formula. When lines
+  /// move, all cached results go; otherwise those of the formulas that get another template.
+  void Rearrange(const TLineMap& AMap, IFormulaMover& AMover);
+  /// The same cell by cell.
+  void RearrangePlain(const TLineMap& AMap, IFormulaMover& AMover);
+
+  /// Keeps the present state at the cost of what changes from now on.
+  TStoreSnapshot Capture();
+  /// Makes a captured state the present one, but for results: those of formulas are gone where lines moved in between,
+  /// and elsewhere may be later ones. False for a state of another store, or of none.
+  bool ReturnTo(const TStoreSnapshot& ASnapshot);
+  /// Whether nothing but results and, by Rearrange, texts of formulas has changed since a state was captured.
+  bool DiffersInTextsOnly(const TStoreSnapshot& ASnapshot) const;
+  /// Takes a store that its sheet needs no longer; it goes with the last of its captured states.
+  static void Retire(std::unique_ptr<TCellStore> AStore);
 
   // ---- walking
   /// Every stored cell, columns from the left, rows downward: AVisit(int32_t col, int32_t row, const TCellSlot&).
@@ -366,6 +394,21 @@ class TCellStore {
   void SetExtras(int32_t ACol, int32_t ARow, const TCell& ACell);
   std::shared_ptr<const TCellFormat> InternOverride(const TCellFormat& AFormat);
 
+  void RearrangeLogged(const TLineMap& AMap, IFormulaMover& AMover, TStoreChange* ALog);
+  void DropSideResults(TStoreChange* ALog);
+  void ClearSparkline(int32_t ACol, int32_t ARow);
+  void DropLines(const TLineMap& AMap, TStoreChange* ALog);
+  bool MoveFormulas(const TLineMap& AMap, IFormulaMover& AMover, TStoreChange* ALog);
+  void MoveColumns(const TLineMap& AMap);
+  void LinkTile(int32_t ACol, int32_t ATileIndex, TTile* ATile);
+  void RepackColumn(int32_t ACol, const TLineMap& AMap);
+  void FreePages(TTileColumn& AColumn) noexcept;
+  void MoveExtras(const TLineMap& AMap);
+
+  TStoreChange* BeginChange();
+  void NoteWrite(int32_t ACol, int32_t ARow);
+  void Apply(const TStoreChange& AChange, TStoreChange* AInverse);
+
   TFormulaPool& FPool;
   TTileArena FArena;
   std::vector<TTileColumn> FColumns;
@@ -380,6 +423,9 @@ class TCellStore {
   uint64_t FVersion = 1;
   uint64_t FClearedAt = 1;  // the version when the store was cleared last: of all columns written since not at all
   uint64_t FFormulaVersion = 1;
+  std::shared_ptr<TStoreVersion> FVersionNow;  // the present state, null while nobody has captured one
+  std::weak_ptr<TStoreVersion> FOpenChange;    // the state before it, which takes note of single writes
+  std::shared_ptr<TStoreKeeper> FKeeper;
 };
 
 template <class TVisit>
