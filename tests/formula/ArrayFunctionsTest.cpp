@@ -221,6 +221,7 @@ TEST(ArrayFunctions, RandomNumbersStayInTheirRange) {
       {"RANDARRAY", "1e300 1e300", "#NUM!"},
   });
   EXPECT_EQ(CallArray("RANDARRAY", {}).CellCount(), 1);
+  EXPECT_EQ(testing::Called("RANDARRA", "2 1 5 5"), "5");  // one value by this name
   const TFormulaArg wide = CallArray("RANDARRAY", testing::ArgsOf("9 1 -1e300 1e300 1"));
   for (const TCellValue& cell : wide.Cells()) EXPECT_LE(std::fabs(cell.Number), 9.3e18);
 }

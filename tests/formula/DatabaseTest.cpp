@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+
+#include <tessarine/formula/library/detail/RecordFilter.h>
+
 #include "CallNotation.h"
 
 namespace tessarine {
@@ -71,6 +76,36 @@ TEST(Database, RecordsFieldsAndCriteria) {
   EXPECT_EQ(testing::Called("DSUM", "[] 1 0"), "#VALUE!");
   EXPECT_EQ(testing::Called("DSUM", "['a';1] 1"), "#VALUE!");
   EXPECT_EQ(testing::Called("DSUM", "['a'] 1 0"), "0");
+}
+
+/// Rows of random values under the names a, b and c.
+std::string RandomRows(std::mt19937& ARandom, int ARows, std::initializer_list<const char*> AValues) {
+  std::string text = "['a' 'b' 'C'";
+  for (int row = 0; row < ARows; ++row) {
+    for (int col = 0; col < 3; ++col) {
+      text += (col == 0 ? ";" : " ") + std::string(AValues.begin()[ARandom() % AValues.size()]);
+    }
+  }
+  return text + "]";
+}
+
+TEST(Database, FiledCriteriaPassTheSameRecordsAsPlainOnes) {
+  std::mt19937 random(7);
+  int passed = 0;
+  int failed = 0;
+  for (int round = 0; round < 60; ++round) {
+    const std::string database = RandomRows(
+        random, 40, {"_", "''", "0", "1", "2.5", "'2.5'", "'x'", "'X'", "'1x'", "TRUE", "'true'", "#N/A", "-0", "3"});
+    const std::string criteria = RandomRows(random, round % 2 == 0 ? 6 : 90,
+                                            {"'>1'", "'<=2.5'", "'<0'", "'>=3'", "'>x'", "1", "'=2.50'", "'=x'", "'1X'",
+                                             "TRUE", "'#n/a'", "'<>1'", "'='", "''", "0", "3", "'zz'", "'>2'", "'<1'"});
+    const auto args = testing::ArgsOf(database + " " + criteria);
+    const detail::TRecordFilter filter(args[0], args[1]);
+    const auto expected = filter.PassingPlain();
+    ASSERT_EQ(filter.Passing(), expected) << database << criteria;
+    for (const uint8_t passes : expected) ++(passes ? passed : failed);
+  }
+  EXPECT_TRUE(passed > 100 && failed > 100) << passed << ' ' << failed;
 }
 
 }  // namespace

@@ -271,6 +271,8 @@ TEST(Evaluator, WholeColumnsAreCutExceptWhereTheyIntersect) {
   sheet.Sheet().SetValue({kMaxCol, kMaxRow}, {});
   EXPECT_EQ(sheet.EvalAt("H1", "=ROWS(A:A)"), "1048576") << "bounds grow on removal, too";
   EXPECT_EQ(sheet.EvalAt("H1", "=SUM(A:XFD)"), "7") << "an area that no array could hold";
+  EXPECT_EQ(sheet.EvalAt("H1", "=JOIN(\"\",\"x\",I:XFD)&IFERROR(TEXTSPLIT(\"a\",I:XFD),\"v\")"), "'xv'")
+      << "nor a loop go through";
 }
 
 TEST(Evaluator, ArgumentsHeldTogetherHaveALimit) {

@@ -58,6 +58,7 @@ TEST(RegexFunctions, JoinKeepsEmptyPieces) {
       {"JOIN", "'-' [1 _;'' TRUE] _", "'1---TRUE-'"},
       {"JOIN", "'-' [1 #N/A]", "'1-#N/A'"},
       {"JOIN", "'-' 1 [#N/A 1]", "#N/A"},
+      {"JOIN", "'' [1 _;_ 2] _ 'a'", "'12a'"},
       {"JOIN", "#REF! 1", "#REF!"},
       {"JOIN", "', '", "', '"},
       {"JOIN", "", "#VALUE!"},

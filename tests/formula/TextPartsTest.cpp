@@ -37,7 +37,7 @@ TEST(TextParts, BeforeAndAfterADelimiter) {
       {"'1ab2' ['a' 'ab']", "'1'", "'2'"},
       {"'abc' 'b' 'x'", "#VALUE!", "#VALUE!"},
       {"'abc' 'b' 1 2", "#VALUE!", "#VALUE!"},
-      {"#N/A 'b'", "#N/A", "#N/A"},
+      {"#N/A '/'", "'#N'", "'A'"},  // an error is read as its text
       {"'abc'", "#VALUE!", "#VALUE!"},
   };
   for (const auto& row : cases) {
@@ -56,6 +56,7 @@ TEST(TextParts, SplitAnswersItsFirstPart) {
       {"TEXTSPLIT", "'axbXc' 'X' ';' FALSE 1", "'a'"},
       {"TEXTSPLIT", "'abc' ''", "#VALUE!"},
       {"TEXTSPLIT", "'abc' ['x' 'b']", "'a'"},
+      {"TEXTSPLIT", "#N/A '/'", "'#N'"},
   });
 }
 
@@ -88,7 +89,7 @@ TEST(TextParts, NumbersAsTextsAndBack) {
       {"NUMBERVALUE", "'1.5' ',' ' '", "#VALUE!"},
       {"NUMBERVALUE", "'1e3'", "1000"},
       {"NUMBERVALUE", "'1' ''", "#VALUE!"},
-      {"NUMBERVALUE", "#REF!", "#REF!"},
+      {"NUMBERVALUE", "#REF!", "#VALUE!"},
   });
 }
 
@@ -104,6 +105,7 @@ TEST(TextParts, CharactersAndValues) {
       {"UNICODE", "'\U0010FFFF'", "1114111"},
       {"UNICODE", "'Ab'", "65"},
       {"UNICODE", "''", "#VALUE!"},
+      {"UNICODE", "#N/A", "35"},
       {"T", "'x'", "'x'"},
       {"T", "1", "''"},
       {"T", "_", "''"},

@@ -247,6 +247,8 @@ TEST(XlsxFormulas, AreCleanedUp) {
       {"cm='1'", "<f>SORT(B1:B3)</f>", "=SORT(B1:B3)"},
       {"", "<f t='Array' ref='A1:A3'>SORT(B1:B3)</f>", "=SORT(B1:B3)"},
       {"", "<f>B1:B3_x0040_</f>", "=B1:B3@"},
+      {"", "<f>_xlfn.LET(_xlpm.x,1,_xlpm.x+a_xlpm.x)&amp;\"_xlpm.\"\"_xlpm.\"&amp;'_xlpm.s'!A1&amp;_xlpm.x</f>",
+       "=_xlfn.LET(x,1,x+a_xlpm.x)&\"_xlpm.\"\"_xlpm.\"&'_xlpm.s'!A1&x"},
   };
   for (const auto& row : cases) {
     const std::string cell = "<c r='A1' " + std::string(row.Attributes) + ">" + row.Element + "</c>";

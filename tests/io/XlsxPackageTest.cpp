@@ -125,10 +125,12 @@ TEST(XlsxPackage, ReadsDefinedNames) {
       .Workbook(
           "<definedNames><definedName name='Rate'> S1!$A$1\n</definedName><definedName name='none'> </definedName>"
           "<definedName>A1</definedName><definedName name='rate' localSheetId='0'>2*<b>3</b></definedName>"
-          "<definedName name='_xlnm.Print_Area'>S1!$A$1:$B$2</definedName></definedNames>")
+          "<definedName name='_xlnm.Print_Area'>S1!$A$1:$B$2</definedName>"
+          "<definedName name='let'>SUM(_xlfn.LET(_xlpm.a,1,_xlpm.a))</definedName></definedNames>")
       .Load(book);
-  EXPECT_EQ(book.NamedFormulaNames(), (std::vector<TText>{u"RATE", u"_XLNM.PRINT_AREA"}));
+  EXPECT_EQ(book.NamedFormulaNames(), (std::vector<TText>{u"LET", u"RATE", u"_XLNM.PRINT_AREA"}));
   EXPECT_EQ(book.FindNamedFormula("rate"), u"=2*3");
+  EXPECT_EQ(book.FindNamedFormula("let"), u"=SUM(_xlfn.LET(a,1,a))");
   EXPECT_EQ(book.FindNamedFormula("_xlnm.print_area"), u"=S1!$A$1:$B$2");
 }
 

@@ -35,6 +35,8 @@ TEST(Http, AnswersAreGoodByStatusAndSize) {
   EXPECT_NE(server.LastRequest().find("User-Agent: Mozilla/5.0 (compatible; Tessarine/1.0; +" +
                                       WebSettings().ProjectAddress + ")\r\n"),
             std::string::npos);
+  EXPECT_EQ(Got(server.Url("/ok HTTP/1.1\r\nX-Own: 1")), "404 -");
+  EXPECT_NE(server.LastRequest().find("GET /ok%20HTTP/1.1%0D%0AX-Own:%201 HTTP/1.1\r\n"), std::string::npos);
   EXPECT_EQ(Got(server.Url("/created")), "201 made");
   EXPECT_EQ(Got(server.Url("/gone")), "410 -");
   EXPECT_EQ(Got(server.Url("/none")), "404 -");

@@ -292,6 +292,7 @@ class TEvaluation {
   std::vector<TLostName> FLostNames;  // by pulls
   TCallCounts FCalls;
   int32_t FNameRepeats = 0;  // since the call from outside
+  int32_t FRepeatLevel = 0;  // calls within one another that have lost names, in the call under way so far
   TArgStack FArgs;
   std::vector<const TProgramNode*> FTrail;  // nodes of chains that are walked without recursion
 

@@ -136,11 +136,13 @@ void TEvaluation::EvalArgs(const TProgramFrame& AFrame, const TProgramNode& ANod
   for (uint32_t i = 0; i < ANode.ChildCount; ++i) AArgs.Set(i, EvalArg(AFrame, AFrame.Program.Child(ANode, i)));
 }
 
-/// Whether of ABefore bound names some are no longer bound. A formula that loses names again and again in calls within
-/// calls would be evaluated without end: what goes beyond some thousand times is not told.
+/// Whether of ABefore bound names some are no longer bound. Calls within calls that lose names again and again would
+/// double the work at every level without end: above a few levels only some thousand of them are made up for.
 bool TEvaluation::LostNames(size_t ABefore) {
+  constexpr int32_t kFreeLevels = 3;
   constexpr int32_t kMostTimes = 4096;
-  return FLocals.Count() != ABefore && FNameRepeats < kMostTimes && ++FNameRepeats > 0;
+  if (FLocals.Count() == ABefore) return false;
+  return ++FRepeatLevel <= kFreeLevels || (FNameRepeats < kMostTimes && ++FNameRepeats > 0);
 }
 
 /// A general call. As an argument or at the root its arguments count as evaluated twice (AMayRepeat), which differs
@@ -149,11 +151,13 @@ TCellValue TEvaluation::EvalCall(const TProgramFrame& AFrame, const TProgramNode
   TArgFrame args(FArgs, ANode.ChildCount);
   const uint64_t stamp = Stamp;
   const size_t names = FLocals.Count();
+  const int32_t level = names > 0 ? std::exchange(FRepeatLevel, 0) : 0;
   EvalArgs(AFrame, ANode, args);
   if (AMayRepeat && (Stamp != stamp || LostNames(names))) {
     args.Restart();
     EvalArgs(AFrame, ANode, args);
   }
+  if (names > 0) FRepeatLevel = std::max(FRepeatLevel, level);
   return CallFunction(AFrame, ANode, args);
 }
 

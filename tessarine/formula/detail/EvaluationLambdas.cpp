@@ -180,7 +180,8 @@ class TEvaluation::TLambdaRun {
     return FOwner.InvokeLambda(Frame, Lambda, args);
   }
 
-  /// To be asked for every element: every few thousand of them it looks whether the work is to stop.
+  /// To be asked for every element, for those that cost no call: every few thousand of them it looks whether the work
+  /// is to stop.
   void Poll(int64_t AIndex) const {
     if ((AIndex & 0xfff) == 0xfff && FOwner.Control) FOwner.Control->CheckStop();
   }
@@ -239,9 +240,11 @@ const TProgramNode* TEvaluation::EvalLambdaRef(const TProgramFrame& AFrame, cons
   return closure && closure->Program == &AFrame.Program ? closure->Lambda : nullptr;
 }
 
-/// Calls a LAMBDA of the frame's program. Parameters without an argument are blank and count as omitted.
+/// Calls a LAMBDA of the frame's program. Parameters without an argument are blank and count as omitted. A call may be
+/// any amount of work, so each looks whether the work is to stop.
 TCellValue TEvaluation::InvokeLambda(const TProgramFrame& AFrame, const TProgramNode& ALambda,
                                      std::span<TFormulaArg> AArgs) {
+  if (Control) Control->CheckStop();
   const uint32_t params = ALambda.ChildCount - 1;
   TNameScope scope(*this, AFrame, ALambda, 1);
   for (uint32_t i = 0; i < params; ++i) {

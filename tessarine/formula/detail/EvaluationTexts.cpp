@@ -19,6 +19,7 @@ TEvaluation::TActivity::TActivity(TEvaluation& AOwner)
     AOwner.FStackBase = StackAddress();
     AOwner.FStackLimit = kPullStack;
     AOwner.FNameRepeats = 0;
+    AOwner.FRepeatLevel = 0;
   }
 }
 

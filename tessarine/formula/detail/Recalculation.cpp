@@ -6,6 +6,7 @@
 
 #include <boost/unordered/unordered_flat_map.hpp>
 
+#include <tessarine/core/lists/SheetTables.h>
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
@@ -100,6 +101,17 @@ struct TRecalculation::TState {
     return const_cast<TWorksheet*>(sheet)->Store().FindRecord(AId.Col(), AId.Row());
   }
 
+  /// What the edges of the last rebuild follow from. A rebuild that would find the same is left out.
+  struct TRebuilt {
+    uint64_t Runs = 0;  // their version; 0 before the first rebuild
+    uint64_t SheetList = 0;
+    std::vector<uint64_t> Sheets;  // versions of each sheet's formulas, used bounds and tables
+  };
+  TRebuilt Rebuilt;
+  bool DependsOnPosition = false;  // edges then follow from the evaluation position, too
+
+  bool StandsAsRebuilt() const;
+  std::vector<uint64_t> SheetVersions() const;
   void RegisterSheet(int32_t ASheet);
   void RunOrder(const std::vector<TCellId>& AOrder, const std::vector<TCellId>& ACycles, const TWorkControl& AControl);
   std::vector<TCellId> AllFormulas() const;
@@ -141,7 +153,10 @@ void TRecalculation::TState::RegisterSheet(int32_t ASheet) {
     close();
     std::unique_ptr<TProgram> owned;
     const TProgram& program = ProgramOf(*record.Template, ACol, ARow, owned);
-    if (program.HasTableRefs) Interpreter.SettleEvalCell();
+    if (program.HasTableRefs) {
+      Interpreter.SettleEvalCell();
+      DependsOnPosition = true;
+    }
     open.Patterns = std::make_shared<const TPrecedentPatterns>(
         CollectPrecedents(program, Workbook, Interpreter, ASheet, ACol, ARow));
     open.Template = owned || !HoldsInRow(*open.Patterns, ARow) ? nullptr : record.Template;
@@ -149,6 +164,20 @@ void TRecalculation::TState::RegisterSheet(int32_t ASheet) {
     openCol = ACol;
   });
   close();
+}
+
+std::vector<uint64_t> TRecalculation::TState::SheetVersions() const {
+  std::vector<uint64_t> versions;
+  for (int32_t i = 0; i < Workbook.SheetCount(); ++i) {
+    const TWorksheet& sheet = *Workbook.GetSheet(i);
+    versions.insert(versions.end(), {sheet.Store().FormulaVersion(), sheet.BoundsVersion(), sheet.Tables().Version()});
+  }
+  return versions;
+}
+
+bool TRecalculation::TState::StandsAsRebuilt() const {
+  return !DependsOnPosition && Rebuilt.Runs == Runs.Version() && Rebuilt.SheetList == Workbook.SheetListVersion() &&
+         Rebuilt.Sheets == SheetVersions();
 }
 
 /// Writes the cycle verdicts, then evaluates the formulas of the order.
@@ -319,9 +348,13 @@ void TRecalculation::NotifyCellChanged(int32_t ASheetIndex, int32_t ACol, int32_
 }
 
 void TRecalculation::RebuildAllDependencies() {
-  FState->Runs.Clear();
-  for (int32_t sheet = 0; sheet < FState->Workbook.SheetCount(); ++sheet) FState->RegisterSheet(sheet);
-  FState->Fast.NoteRebuilt();
+  TState& state = *FState;
+  if (state.StandsAsRebuilt()) return;
+  state.Runs.Clear();
+  state.DependsOnPosition = false;
+  for (int32_t sheet = 0; sheet < state.Workbook.SheetCount(); ++sheet) state.RegisterSheet(sheet);
+  state.Fast.NoteRebuilt();
+  state.Rebuilt = {state.Runs.Version(), state.Workbook.SheetListVersion(), state.SheetVersions()};
 }
 
 void TRecalculation::RecalculateAll(const TWorkControl& AControl) {

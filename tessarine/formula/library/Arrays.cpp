@@ -108,6 +108,10 @@ namespace {
 
 using namespace detail;
 
+TCellValue CallFirstRandom(TFormulaArgs AArgs, const TFormulaContext& AContext) {
+  return CallRandArray(AArgs, AContext).First();
+}
+
 // clang-format off
 constexpr TFunctionDef kArrayFunctions[] = {
     {.Name = u"CHOOSECOLS", .MinArgs = 2, .Tier = ftrArray, .ArrayBody = CallChooseCols, .ArrayMinArgs = 2,
@@ -134,6 +138,9 @@ constexpr TFunctionDef kArrayFunctions[] = {
     {.Name = u"PIVOTBY", .MinArgs = 4, .Tier = ftrArray, .ArrayBody = CallPivotBy, .ArrayMinArgs = 4,
      .InCompletion = true, .Arguments = u"row_fields, column_fields, values, function",
      .Description = u"Sums of values in a table of two fields, both in order of first appearance."},
+    {.Name = u"RANDARRA", .MinArgs = 0, .MaxArgs = 5, .Tier = ftrExtra, .Body = CallFirstRandom,
+     .Arguments = u"[rows], [columns], [min], [max], [integer]",
+     .Description = u"The first number of RANDARRAY, by a name that some files misspell."},
     {.Name = u"RANDARRAY", .MinArgs = 0, .MaxArgs = 5, .Tier = ftrArray, .ArrayBody = CallRandArray,
      .ArrayMinArgs = 1, .InCompletion = true, .Arguments = u"[rows], [columns], [min], [max], [integer]",
      .Description = u"A rectangle of random numbers."},
@@ -150,7 +157,8 @@ constexpr TFunctionDef kArrayFunctions[] = {
      .InCompletion = true, .Arguments = u"array, rows, [columns]",
      .Description = u"The first rows and columns of a rectangle, or for negative counts the last ones."},
     {.Name = u"TOCOL", .MinArgs = 1, .MaxArgs = 3, .Tier = ftrArray, .ArrayBody = CallToCol, .ArrayMinArgs = 1,
-     .InCompletion = true, .Arguments = u"array", .Description = u"All cells of a rectangle, row by row, as one column."},
+     .InCompletion = true, .Arguments = u"array",
+     .Description = u"All cells of a rectangle, row by row, as one column."},
     {.Name = u"TOROW", .MinArgs = 1, .MaxArgs = 3, .Tier = ftrArray, .ArrayBody = CallToRow, .ArrayMinArgs = 1,
      .InCompletion = true, .Arguments = u"array", .Description = u"All cells of a rectangle, row by row, as one row."},
     {.Name = u"TRANSPOSE", .MinArgs = 1, .MaxArgs = 1, .Tier = ftrArray, .ArrayBody = CallTranspose,

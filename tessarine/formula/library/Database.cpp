@@ -5,8 +5,7 @@
 
 #include <tessarine/formula/FunctionTable.h>
 #include <tessarine/formula/library/detail/ArgReading.h>
-#include <tessarine/formula/library/detail/CellRuns.h>
-#include <tessarine/formula/library/detail/Criteria.h>
+#include <tessarine/formula/library/detail/RecordFilter.h>
 #include <tessarine/formula/library/detail/Samples.h>
 
 namespace tessarine {
@@ -15,19 +14,11 @@ namespace {
 
 using namespace detail;
 
-/// The 0-based column of a name among the headers of a database, the first of several; -1 when there is none.
-int32_t ColumnOf(const TFormulaArg& ADatabase, const TValueView& AName) {
-  for (int32_t col = 0; col < ADatabase.ColCount; ++col) {
-    if (EqualDisplayText(ADatabase.ViewAt(0, col), AName)) return col;
-  }
-  return -1;
-}
-
 /// The column of the field argument: the name of a header or a number from 1; -1 when it is neither.
 int32_t FieldColumn(const TFormulaArg& ADatabase, const TFormulaArg& AField) {
   const TValueView field = AField.FirstView();
   if (field.Kind == cvkText) {
-    const int32_t named = ColumnOf(ADatabase, field);
+    const int32_t named = HeaderColumn(ADatabase, field);
     if (named >= 0) return named;
   }
   int64_t number = 0;
@@ -35,78 +26,16 @@ int32_t FieldColumn(const TFormulaArg& ADatabase, const TFormulaArg& AField) {
   return static_cast<int32_t>(number - 1);
 }
 
-/// One filled cell of the criteria.
-struct TFieldCondition {
-  int32_t Column;
-  TCriterion Criterion;
-};
-
-/// Which records of a database are looked at: those that meet all conditions of some row of criteria. A row without
-/// any passes every record, and so does a criteria argument that is no rectangle of at least two rows.
-class TRecordFilter {
- public:
-  TRecordFilter(const TFormulaArg& ADatabase, const TFormulaArg& ACriteria) : FDatabase(ADatabase) {
-    if (!ACriteria.IsRange || ACriteria.RowCount < 2) return;
-    FPassesAll = false;
-    std::vector<int32_t> columns(static_cast<size_t>(ACriteria.ColCount), kNotAsked);
-    int64_t filledRows = 0;
-    int64_t lastRow = 0;
-    bool known = true;
-    ForEachNonBlank(ACriteria, [&](int64_t AIndex, const TValueView& AValue) {
-      const int64_t row = AIndex / ACriteria.ColCount;
-      if (row == 0) return;
-      if (row != lastRow) {
-        CloseRow(known);
-        known = true;
-        ++filledRows;
-        lastRow = row;
-      }
-      int32_t& column = columns[static_cast<size_t>(AIndex % ACriteria.ColCount)];
-      if (column == kNotAsked) {
-        column = ColumnOf(FDatabase, ACriteria.ViewAt(0, static_cast<int32_t>(AIndex % ACriteria.ColCount)));
-      }
-      known = known && column >= 0;
-      if (known) FRow.push_back({column, TCriterion(AValue)});
-    });
-    CloseRow(known);
-    if (filledRows < ACriteria.RowCount - 1) FPassesAll = true;
-  }
-
-  /// ARow counts from 1, the first below the headers.
-  bool Passes(int32_t ARow) const {
-    if (FPassesAll) return true;
-    return std::any_of(FRows.begin(), FRows.end(), [&](const std::vector<TFieldCondition>& AConditions) {
-      return std::all_of(AConditions.begin(), AConditions.end(), [&](const TFieldCondition& ACondition) {
-        return ACondition.Criterion.Matches(FDatabase.ViewAt(ARow, ACondition.Column));
-      });
-    });
-  }
-
- private:
-  static constexpr int32_t kNotAsked = -2;
-
-  /// A row with a name that is no header passes nothing.
-  void CloseRow(bool AKnown) {
-    if (AKnown && !FRow.empty()) FRows.push_back(std::move(FRow));
-    FRow.clear();
-  }
-
-  const TFormulaArg& FDatabase;
-  std::vector<std::vector<TFieldCondition>> FRows;
-  std::vector<TFieldCondition> FRow;  // the one that is being read
-  bool FPassesAll = true;
-};
-
 /// The field's values of the records that pass, in order; nothing when the arguments name no field.
 std::optional<std::vector<TValueView>> SelectedValues(TFormulaArgs AArgs) {
   if (AArgs.size() < 3 || !AArgs[0].IsRange || AArgs[0].CellCount() == 0) return std::nullopt;
   const TFormulaArg& database = AArgs[0];
   const int32_t field = FieldColumn(database, AArgs[1]);
   if (field < 0) return std::nullopt;
-  const TRecordFilter filter(database, AArgs[2]);
+  const std::vector<uint8_t> passing = TRecordFilter(database, AArgs[2]).Passing();
   std::vector<TValueView> values;
-  for (int32_t row = 1; row < database.RowCount; ++row) {
-    if (filter.Passes(row)) values.push_back(database.ViewAt(row, field));
+  for (size_t record = 0; record < passing.size(); ++record) {
+    if (passing[record]) values.push_back(database.ViewAt(static_cast<int32_t>(record) + 1, field));
   }
   return values;
 }

@@ -202,11 +202,11 @@ constexpr TFunctionDef kEngineeringFunctions[] = {
     {.Name = u"HEX2OCT", .MinArgs = 1, .MaxArgs = 2, .Tier = ftrExtra, .Body = CallRebase<kHex, kOctal>,
      .Arguments = u"digits, [places]", .Description = u"Converts a hexadecimal number to octal."},
     {.Name = u"OCT2BIN", .MinArgs = 1, .MaxArgs = 2, .Tier = ftrExtra, .Body = CallRebase<kOctal, kBinary>,
-     .Arguments = u"digits, [places]", .Description = u"Converts a octal number to binary."},
+     .Arguments = u"digits, [places]", .Description = u"Converts an octal number to binary."},
     {.Name = u"OCT2DEC", .MinArgs = 1, .MaxArgs = 1, .Tier = ftrExtra, .Body = CallToDecimal<kOctal>,
-     .Arguments = u"digits", .Description = u"Converts a octal number to decimal."},
+     .Arguments = u"digits", .Description = u"Converts an octal number to decimal."},
     {.Name = u"OCT2HEX", .MinArgs = 1, .MaxArgs = 2, .Tier = ftrExtra, .Body = CallRebase<kOctal, kHex>,
-     .Arguments = u"digits, [places]", .Description = u"Converts a octal number to hexadecimal."},
+     .Arguments = u"digits, [places]", .Description = u"Converts an octal number to hexadecimal."},
 };
 // clang-format on
 

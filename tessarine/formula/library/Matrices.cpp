@@ -75,11 +75,11 @@ constexpr TFunctionDef kMatrixFunctions[] = {
     {.Name = u"MDETERM", .MinArgs = 1, .MaxArgs = 1, .Tier = ftrExtra, .Body = CallDeterminant,
      .Arguments = u"matrix", .Description = u"Determinant of a square matrix."},
     {.Name = u"MINVERSE", .MinArgs = 1, .MaxArgs = 1, .Tier = ftrExtra, .Body = CallInverse,
-     .Arguments = u"matrix", .Description = u"Inverse of a square matrix."},
+     .Arguments = u"matrix", .Description = u"First cell of the inverse of a square matrix."},
     {.Name = u"MMULT", .MinArgs = 2, .MaxArgs = 2, .Tier = ftrExtra, .Body = CallMatrixProduct,
-     .Arguments = u"matrix1, matrix2", .Description = u"Product of two matrices."},
+     .Arguments = u"matrix1, matrix2", .Description = u"First cell of the product of two matrices."},
     {.Name = u"MUNIT", .MinArgs = 1, .MaxArgs = 1, .Tier = ftrExtra, .Body = CallUnitMatrix,
-     .Arguments = u"order", .Description = u"Unit matrix."},
+     .Arguments = u"order", .Description = u"First cell, 1, of a unit matrix."},
 };
 // clang-format on
 

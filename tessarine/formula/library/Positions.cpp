@@ -3,6 +3,7 @@
 
 #include <tessarine/formula/FunctionTable.h>
 #include <tessarine/formula/library/detail/CellRuns.h>
+#include <tessarine/formula/library/detail/LongTexts.h>
 #include <tessarine/formula/library/detail/ReferenceBodies.h>
 #include <tessarine/formula/library/detail/Search.h>
 #include <tessarine/platform/Regex.h>
@@ -20,12 +21,17 @@ using enum TMatchMode;
 constexpr size_t kMaxWildcardPattern = 255;
 constexpr std::chrono::seconds kMaxRegexTime{1};  // of all cells together
 
-/// Calls ATest on the texts of a line in order; the position of the first (last) one that it holds for, or -1.
+/// Calls ATest on the texts of a line in order, on long ones that cells share once; the position of the first (last)
+/// one that it holds for, or -1.
 template <class F>
 int64_t FindText(const TSearchLine& ALine, bool AFromEnd, F&& ATest) {
   int64_t found = -1;
+  TLongTextMemo<bool> longTexts;
+  const auto holds = [&](const TValueView& AText) {
+    return IsLongText(AText) ? longTexts.Of(AText, [&] { return ATest(AText); }) : ATest(AText);
+  };
   ForEachRun(ALine.Cells(), ALine.Count(), ALine.Stride(), [&](int64_t APosition, int64_t, const TValueView& AValue) {
-    if (AValue.Kind == cvkText && ATest(AValue)) found = APosition;
+    if (AValue.Kind == cvkText && holds(AValue)) found = APosition;
     return found < 0 || AFromEnd;
   });
   return found;

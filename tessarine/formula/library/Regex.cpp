@@ -95,9 +95,17 @@ TCellValue CallJoin(TFormulaArgs AArgs, const TFormulaContext&) {
   TGrowingText text;
   if (AArgs.size() == 1) text.Add(delimiter);
   bool isFirst = true;
-  ForEachValue(AArgs.subspan(1), [&](const TValueView& AValue) {
+  const auto add = [&](const TValueView& AValue) {
     return (std::exchange(isFirst, false) || text.Add(delimiter)) && text.Add(AValue);
-  });
+  };
+  // Without a delimiter blanks leave no trace, and there may be more of them than could be gone through.
+  for (const TFormulaArg& arg : AArgs.subspan(1)) {
+    if (!delimiter.empty()) {
+      ForEachValue(arg, add);
+    } else {
+      ForEachNonBlank(arg, [&](int64_t, const TValueView& AValue) { return add(AValue); });
+    }
+  }
   return text.Value();
 }
 

@@ -35,9 +35,14 @@ std::vector<std::u16string> DelimitersOf(TFormulaArgs AArgs) {
     if (delimiters.empty() || delimiters.back() != text) delimiters.emplace_back(text);
     return true;
   };
-  ForEachValue(AArgs, [&](const TValueView& AValue) {
-    return IsLongText(AValue) ? longTexts.Of(AValue, [&] { return add(AValue); }) : add(AValue);
-  });
+  int64_t others = 0;
+  for (const TFormulaArg& arg : AArgs) {
+    ForEachNonBlank(arg, [&](int64_t, const TValueView& AValue) {
+      ++others;
+      return IsLongText(AValue) ? longTexts.Of(AValue, [&] { return add(AValue); }) : add(AValue);
+    });
+  }
+  if (others < CountValues(AArgs)) add({});  // one blank stands for all
   std::sort(delimiters.begin(), delimiters.end());
   delimiters.erase(std::unique(delimiters.begin(), delimiters.end()), delimiters.end());
   return delimiters;
@@ -108,21 +113,19 @@ bool ReadSwitch(TFormulaArgs AArgs, size_t AIndex, bool& ASwitch) {
   return true;
 }
 
-/// Reads the arguments; #VALUE! or the error that stands in the place of a text, blank when all is well.
-TCellValue ReadCutCall(TFormulaArgs AArgs, TCutCall& ACall) {
-  if (AArgs.size() < 2) return ValueError();
-  const TCellValue error = FirstError(AArgs.first(2));
-  if (error.IsError()) return error;
+/// Reads the arguments; false when they are too few or cannot be used.
+bool ReadCutCall(TFormulaArgs AArgs, TCutCall& ACall) {
+  if (AArgs.size() < 2) return false;
   bool ignoresCase = false;
-  if (AArgs.size() > 2 && !ArgAsInt64(AArgs[2], ACall.Instance)) return ValueError();
-  if (!ReadSwitch(AArgs, 3, ignoresCase) || !ReadSwitch(AArgs, 4, ACall.EndCounts)) return ValueError();
+  if (AArgs.size() > 2 && !ArgAsInt64(AArgs[2], ACall.Instance)) return false;
+  if (!ReadSwitch(AArgs, 3, ignoresCase) || !ReadSwitch(AArgs, 4, ACall.EndCounts)) return false;
   ACall.Case = ignoresCase ? tcsIgnoreAscii : tcsExact;
   ACall.Text = ArgText(AArgs[0]).ToString();
   ACall.Delimiters = DelimitersOf(AArgs.subspan(1, 1));
-  if (ACall.Instance == 0 || ACall.Delimiters.empty()) return ValueError();
+  if (ACall.Instance == 0 || ACall.Delimiters.empty()) return false;
   const auto length = static_cast<int64_t>(ACall.Text.size());
-  if (length > 0 && (ACall.Instance > length || ACall.Instance < -length)) return ValueError();
-  return ACall.Delimiters.size() > kMostDelimiterWork / (ACall.Text.size() + 1) ? ValueError() : TCellValue();
+  if (length > 0 && (ACall.Instance > length || ACall.Instance < -length)) return false;
+  return ACall.Delimiters.size() <= kMostDelimiterWork / (ACall.Text.size() + 1);
 }
 
 /// The AOrdinal-th delimiter, counted from 1. An empty delimiter is found at once, before the first unit.
@@ -148,8 +151,7 @@ TFoundDelimiter FindCut(TCutCall ACall) {
 template <bool After>
 TCellValue CallTextCut(TFormulaArgs AArgs, const TFormulaContext&) {
   TCutCall call;
-  const TCellValue error = ReadCutCall(AArgs, call);
-  if (error.IsError()) return error;
+  if (!ReadCutCall(AArgs, call)) return ValueError();
   const TFoundDelimiter found = FindCut(call);
   if (!found.IsFound()) return AArgs.size() > 5 ? AArgs[5].First() : NotAvailable();
   const std::u16string_view text = call.Text;
@@ -159,8 +161,6 @@ TCellValue CallTextCut(TFormulaArgs AArgs, const TFormulaContext&) {
 /// The first of the parts: what stands before the first delimiter of either kind, empty parts left out if so asked.
 TCellValue CallTextSplit(TFormulaArgs AArgs, const TFormulaContext&) {
   if (AArgs.size() < 2) return ValueError();
-  const TCellValue error = FirstError(AArgs.first(std::min<size_t>(AArgs.size(), 3)));
-  if (error.IsError()) return error;
   bool ignoresEmpty = false;
   bool ignoresCase = false;
   if (!ReadSwitch(AArgs, 3, ignoresEmpty) || !ReadSwitch(AArgs, 4, ignoresCase)) return ValueError();
@@ -241,8 +241,6 @@ bool PlainNumberText(std::u16string_view AText, char16_t ADecimal, char16_t AGro
 /// Blanks count nowhere, each percent sign at the end divides by 100, and a text of nothing is 0.
 TCellValue CallNumberValue(TFormulaArgs AArgs, const TFormulaContext&) {
   if (AArgs.empty()) return ValueError();
-  const TCellValue error = FirstError(AArgs.first(std::min<size_t>(AArgs.size(), 3)));
-  if (error.IsError()) return error;
   const char16_t decimal = SeparatorOf(AArgs, 1, u'.');
   const char16_t group = SeparatorOf(AArgs, 2, u',');
   std::u16string buffer;
@@ -275,8 +273,6 @@ TCellValue CallUnichar(TFormulaArgs AArgs, const TFormulaContext&) {
 
 TCellValue CallUnicode(TFormulaArgs AArgs, const TFormulaContext&) {
   if (AArgs.empty()) return ValueError();
-  const TCellValue error = FirstError(AArgs.first(1));
-  if (error.IsError()) return error;
   std::u16string buffer;
   const std::u16string_view text = ArgTextView(AArgs[0], buffer);
   if (text.empty()) return ValueError();
@@ -335,7 +331,8 @@ constexpr TFunctionDef kTextPartFunctions[] = {
     {.Name = u"DOLLAR", .MinArgs = 1, .MaxArgs = 2, .Tier = ftrExtra, .Body = CallDollarText,
      .Arguments = u"number, [decimals]", .Description = u"A number as text with a dollar sign and fixed decimals."},
     {.Name = u"FIXED", .MinArgs = 1, .MaxArgs = 3, .Tier = ftrExtra, .Body = CallFixed, .InCompletion = true,
-     .Arguments = u"number, [decimals], [no_groups]", .Description = u"A number as text with fixed decimals."},
+     .Arguments = u"number, [decimals], [no_groups]",
+     .Description = u"A number as text with fixed decimals, never with group separators."},
     {.Name = u"NUMBERVALUE", .MinArgs = 1, .MaxArgs = 3, .Tier = ftrExtra, .Body = CallNumberValue,
      .Arguments = u"text, [decimal_separator], [group_separator]",
      .Description = u"The number that a text with given separators reads as."},

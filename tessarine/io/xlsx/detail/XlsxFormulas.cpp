@@ -1,6 +1,7 @@
 #include <tessarine/io/xlsx/detail/XlsxFormulas.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <tessarine/formula/FormulaDialect.h>
 #include <tessarine/formula/FunctionTable.h>
@@ -13,18 +14,23 @@ namespace tessarine::detail {
 
 namespace {
 
-/// The formula's text as characters, escapes undone, workbook indexes and placeholder calls gone. The rare steps are
-/// behind tests for characters that they need.
+/// The formula's text as characters, escapes undone; workbook indexes, prefixes of bound names and placeholder calls
+/// are gone. The rare steps are behind tests for characters that they need.
 void DecodeFormula(std::string_view ASource, std::u16string& AText) {
   AText.clear();
   AppendUtf8AsUtf16(ASource, AText);
   if (ASource.find('_') != ASource.npos) {
     AText = UnescapeXlsxText(AText);
     StripXlsxWorkbookIndexes(AText);
+    StripXlsxParameterPrefixes(AText);
     AText = UnwrapXlUdfDummyFunction(AText);
   } else if (ASource.find('[') != ASource.npos) {
     StripXlsxWorkbookIndexes(AText);
   }
+}
+
+bool IsNameUnit(char16_t AUnit) {
+  return IsAsciiLetter(AUnit) || IsAsciiDigit(AUnit) || AUnit == u'_' || AUnit == u'.' || AUnit >= 0x80;
 }
 
 /// Whether the name that a formula begins with could be that of a function which spills: names of such have letters,
@@ -54,6 +60,25 @@ void StripXlsxWorkbookIndexes(std::u16string& AText) {
     AText[out++] = AText[at++];
   }
   AText.resize(out);
+}
+
+void StripXlsxParameterPrefixes(std::u16string& AText) {
+  constexpr std::u16string_view kPrefix = u"_xlpm.";
+  if (AText.find(kPrefix) == AText.npos) return;
+  std::u16string out;
+  char16_t quote = 0;  // of the text or name that is open
+  for (size_t at = 0; at < AText.size(); ++at) {
+    const char16_t unit = AText[at];
+    const bool isPrefix = quote == 0 && AText.compare(at, kPrefix.size(), kPrefix) == 0;
+    if (isPrefix && (at == 0 || !IsNameUnit(AText[at - 1]))) {
+      at += kPrefix.size() - 1;
+      continue;
+    }
+    // A doubled quote closes and opens again at once.
+    if (quote == 0 ? unit == u'"' || unit == u'\'' : unit == quote) quote = quote == 0 ? unit : u'\0';
+    out += unit;
+  }
+  AText = std::move(out);
 }
 
 bool TXlsxFormulas::TakeShared(const TXlsxFormulaElement& AElement, TCellAddress AAddress, std::string_view APartName) {

@@ -47,4 +47,8 @@ class TXlsxFormulas {
 /// AText without the "[12]" that stand for other workbooks, at its start and just behind an apostrophe.
 void StripXlsxWorkbookIndexes(std::u16string& AText);
 
+/// AText without the "_xlpm." that files put in front of the names which LET and LAMBDA bind; texts and names in
+/// quotes stay as they are.
+void StripXlsxParameterPrefixes(std::u16string& AText);
+
 }  // namespace tessarine::detail

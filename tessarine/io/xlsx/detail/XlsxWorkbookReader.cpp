@@ -13,6 +13,7 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/io/xlsx/detail/XlsxCommon.h>
+#include <tessarine/io/xlsx/detail/XlsxFormulas.h>
 #include <tessarine/io/xlsx/detail/XlsxSheetReader.h>
 #include <tessarine/io/xlsx/detail/XlsxStringItems.h>
 #include <tessarine/io/xlsx/detail/XlsxStylesReader.h>
@@ -213,7 +214,8 @@ void TXlsxWorkbookReader::ReadNames(const TXmlNode* AWorkbook) {
   FWorkbook.ClearNamedFormulas();
   for (const TXmlNode* name : TXmlElements(XmlFindChild(AWorkbook, "definedNames"))) {
     if (!XmlLocalNameIs(name, "definedName")) continue;
-    const std::u16string text = XmlNodeText16(name);
+    std::u16string text = XmlNodeText16(name);
+    StripXlsxParameterPrefixes(text);
     const std::u16string_view formula = TrimSpaces(text);
     if (!formula.empty()) FWorkbook.SetNamedFormula(XmlAttr(name, "name"), formula);
   }
