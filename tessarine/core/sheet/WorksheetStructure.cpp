@@ -186,7 +186,9 @@ void TWorksheet::PropagateTableInsert(bool ARows, int32_t AStart, int32_t ACount
       const int64_t source = takesBefore ? line - 1 : behind;
       if (source < lo || source > hi || source < 1) continue;
       const auto sourceLine = static_cast<int32_t>(source);
-      auto [entry, isNew] = cellsOf.try_emplace(source);
+      const auto added = cellsOf.try_emplace(source);
+      const auto entry = added.first;
+      const bool isNew = added.second;
       if (isNew) {
         TCellRange across = data;
         (ARows ? across.StartRow : across.StartCol) = (ARows ? across.EndRow : across.EndCol) = sourceLine;
