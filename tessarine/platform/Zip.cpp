@@ -172,7 +172,8 @@ size_t TZipReader::ReadDirectoryEntry(size_t AAt, const TDirectory& ADirectory) 
   const std::span<const std::byte> bytes = FBytes;
   const uint64_t end = ADirectory.Start + ADirectory.Size;
   const auto fail = [&] {
-    throw EFileFormat("ZIP archive: entry " + std::to_string(FEntries.size() + 1) + " of the directory is damaged; get or save the file again");
+    throw EFileFormat("ZIP archive: entry " + std::to_string(FEntries.size() + 1) +
+                      " of the directory is damaged; get or save the file again");
   };
   if (!Fits(AAt, kDirectoryHeaderSize, end) || !HasSignature(bytes, AAt, kDirectoryHeader)) fail();
   const size_t nameSize = U16(bytes, AAt + 28);
