@@ -59,7 +59,7 @@ TEST(EngineeringFunctions, ErrorAndBesselFunctions) {
       {"BESSELJ", "1 1e9", "0"}, {"BESSELJ", "1 -1", "#NUM!"}, {"BESSELJ", "12345 0", "-0.00448042229522067"},
       {"BESSELJ", "'x' 1", "#VALUE!"}, {"BESSELY", "7.25 3", "0.218593419744858"},
       {"BESSELY", "0.1 0", "-1.53423865135037"}, {"BESSELY", "0 1", "#NUM!"}, {"BESSELY", "1 1e9", "#NUM!"},
-      {"BESSELY", "-1 1", "#NUM!"}, {"BESSELI", "7.25 3", "110.057249731588"},
+      {"BESSELY", "-1 1", "#NUM!"}, {"BESSELI", "0 1e300", "0"}, {"BESSELI", "7.25 3", "110.057249731588"},
       {"BESSELI", "-1.5 1", "-0.981666428577908"}, {"BESSELI", "0 0", "1"}, {"BESSELI", "1000 0", "#NUM!"},
       {"BESSELK", "7.25 3", "0.000579264613668533"}, {"BESSELK", "0 1", "#NUM!"}, {"BESSELK", "1e300 5", "0"},
       {"BESSELK", "1 1e9", "#NUM!"}, {"BESSELK", "1 -0.5", "0.421024438240708"},

@@ -85,7 +85,8 @@ double BesselY(double AOrder, double A) {
 double BesselI(double AOrder, double A) {
   if (!IsOrder(AOrder) || !std::isfinite(A)) return kNaN;
   if (A < 0) return ParityOf(AOrder) * BesselI(AOrder, -A);
-  if (A > 0 && std::hypot(AOrder, A) > kUniformLength) return UniformBessel(AOrder, A, 1);
+  if (A == 0) return AOrder == 0 ? 1 : 0;
+  if (std::hypot(AOrder, A) > kUniformLength) return UniformBessel(AOrder, A, 1);
   return boost::math::cyl_bessel_i(static_cast<int>(AOrder), A, TQuietPolicy());
 }
 
