@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include <tessarine/core/lists/detail/SlidLine.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine {
@@ -46,7 +47,7 @@ void TCellCommentList::Replace(TShiftAxis AAxis, TNewIndex&& ANewIndex) {
 
 void TCellCommentList::Shift(TShiftAxis AAxis, int64_t AStart, int64_t ADelta) {
   if (ADelta == 0) return;
-  Replace(AAxis, [&](int64_t ALine) { return ALine >= AStart ? ALine + ADelta : ALine; });
+  Replace(AAxis, [&](int64_t ALine) { return int64_t{detail::SlidLine(static_cast<int32_t>(ALine), AStart, ADelta)}; });
 }
 
 void TCellCommentList::Move(TShiftAxis AAxis, int64_t AStart, int64_t ACount, int64_t ADest) {

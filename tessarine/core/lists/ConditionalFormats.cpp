@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -10,6 +9,7 @@
 
 #include <tessarine/core/lists/FloatTolerance.h>
 #include <tessarine/core/lists/detail/RectIndex.h>
+#include <tessarine/core/lists/detail/SlidLine.h>
 #include <tessarine/platform/Locale.h>
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
@@ -171,12 +171,6 @@ size_t StretchOf(const std::vector<int64_t>& ACuts, int64_t ALine) {
   return static_cast<size_t>(std::upper_bound(ACuts.begin(), ACuts.end(), ALine) - ACuts.begin());
 }
 
-int32_t SlidEnd(int32_t ALine, int64_t AStart, int64_t ADelta) {
-  if (ALine < AStart) return ALine;
-  return static_cast<int32_t>(
-      std::clamp<int64_t>(ALine + ADelta, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
-}
-
 }  // namespace
 
 /// Invariants:
@@ -317,8 +311,8 @@ void TConditionalFormatList::Shift(TShiftAxis AAxis, int64_t AStart, int64_t ADe
     for (TCellRange& range : rule.Ranges) {
       int32_t& start = AAxis == saRows ? range.StartRow : range.StartCol;
       int32_t& end = AAxis == saRows ? range.EndRow : range.EndCol;
-      start = SlidEnd(start, AStart, ADelta);
-      end = SlidEnd(end, AStart, ADelta);
+      start = detail::SlidLine(start, AStart, ADelta);
+      end = detail::SlidLine(end, AStart, ADelta);
     }
   }
   FCompiled.reset();
