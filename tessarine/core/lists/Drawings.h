@@ -86,7 +86,7 @@ struct TESSARINE_API TSheetDrawing {
   std::vector<TSheetChartSubplot> Subplots;  // of a combination
 
   // ---- shapes and text boxes
-  TText PresetGeom = TText::Immortal(u"rect");
+  TText PresetGeom{u"rect"};
   uint32_t FillColor = 0xFFFFFF;
   bool HasFill = true;
   uint32_t LineColor = 0;
@@ -131,7 +131,7 @@ struct TESSARINE_API TSheetDrawing {
   TSheetChartManualLayout LegendLayout;
   TSheetChartManualLayout PlotLayout;
   bool RoundedCorners = false;
-  TText DispBlanksAs = TText::Immortal(u"gap");
+  TText DispBlanksAs{u"gap"};
   bool PlotVisOnly = true;
   int32_t ChartStyleId = 2;
   TDrawingBytes ChartSpaceXml;  // the chart, its style and its colours as the file had them

@@ -103,10 +103,10 @@ struct TUiThemeSizes {
 };
 
 struct TUiThemeFonts {
-  TText FormulaBar = TText::Immortal(u"Segoe UI");
-  TText Header = TText::Immortal(u"Segoe UI");
-  TText Code = TText::Immortal(u"Consolas");
-  TText Chart = TText::Immortal(u"Calibri");
+  TText FormulaBar{u"Segoe UI"};
+  TText Header{u"Segoe UI"};
+  TText Code{u"Consolas"};
+  TText Chart{u"Calibri"};
 
   friend bool operator==(const TUiThemeFonts&, const TUiThemeFonts&) = default;
 };
