@@ -524,8 +524,62 @@ void TXmlReader::SkipElement() {
   }
 }
 
-/// What it turns away (and so every error but a bad character, which is found at its place in either way) is left to
-/// Next().
+/// Errors are left to Next(), but for bad characters, which are found at their place in either way.
+bool TXmlReader::TryReadStartTag(std::string_view AName) {
+  const size_t depth = FEvent == xeEndElement ? FDepth - 1 : FDepth;
+  if (FIsSelfClosing || depth == 0 || depth >= FLimits.MaxXmlDepth) return false;
+  const char* at = FPos;
+  const char* const end = FEnd;
+  const size_t size = AName.size();
+  if (static_cast<size_t>(end - at) < size + 2 || *at != '<' || !SameBytes(at + 1, AName.data(), size)) return false;
+  const std::string_view name(at + 1, size);
+  at += size + 1;
+  FAttributes.clear();
+  uint32_t letters = 0;  // the names that were met, a bit each
+  while (end - at > 4 && *at == ' ') {
+    const char letter = at[1];
+    if (letter < 'a' || letter > 'z' || at[2] != '=' || at[3] != '"') return false;
+    const uint32_t bit = 1u << (letter - 'a');
+    const char* const value = at + 4;
+    const char* stop = value;
+    while (stop != end && !StopsXmlValue(*stop, '"')) ++stop;
+    if ((letters & bit) != 0 || stop == end || *stop != '"') return false;
+    letters |= bit;
+    if (FAttributes.size() == FLimits.MaxXmlAttributes) return false;
+    FAttributes.push_back({{at + 1, 1}, XmlView(value, stop)});
+    at = stop + 1;
+  }
+  const bool isSelfClosing = end - at >= 2 && at[0] == '/' && at[1] == '>';
+  if (!isSelfClosing && (at == end || *at != '>')) return false;
+  FEvent = xeText;  // in case of an exception
+  if (depth == FOpen.size()) FOpen.emplace_back();
+  FOpen[depth] = name;
+  FDepth = depth + 1;
+  FIsSelfClosing = isSelfClosing;
+  FPos = at + (isSelfClosing ? 2 : 1);
+  if (FPos > FChecked) CheckCharsTo(FPos);
+  FEvent = xeStartElement;
+  return true;
+}
+
+bool TXmlReader::TryReadEndTag() {
+  if (FIsSelfClosing || FDepth == 0 || FEvent == xeEnd) return false;
+  const size_t depth = FEvent == xeEndElement ? FDepth - 1 : FDepth;
+  if (depth == 0) return false;
+  const std::string_view name = FOpen[depth - 1];
+  const char* const at = FPos;
+  if (static_cast<size_t>(FEnd - at) < name.size() + 3 || at[0] != '<' || at[1] != '/' || at[name.size() + 2] != '>')
+    return false;
+  if (!SameBytes(at + 2, name.data(), name.size())) return false;
+  FEvent = xeText;  // in case of an exception
+  FAttributes.clear();
+  FDepth = depth;
+  FPos = at + name.size() + 3;
+  if (FPos > FChecked) CheckCharsTo(FPos);
+  FEvent = xeEndElement;
+  return true;
+}
+
 bool TXmlReader::TryReadLeaf(std::string_view AName, std::string_view& AText) {
   const size_t depth = FEvent == xeEndElement ? FDepth - 1 : FDepth;
   if (FIsSelfClosing || depth == 0 || depth >= FLimits.MaxXmlDepth) return false;

@@ -73,11 +73,20 @@ class TXmlReader {
   /// Called at a start event: goes on to the end event of that element.
   void SkipElement();
 
-  /// When nothing but <AName>text</AName> comes next, spelled exactly so, with plain text (no reference, carriage
-  /// return or "]"; it may be empty): goes on to the end event of that element in one step, with the text in AText
-  /// until the next Next(). Else false, and nothing has happened. The way by Next() reads the same and is its
-  /// definition.
+  // ---- steps for what machines write. Each of them says false, and has done nothing but to forget the attributes,
+  // when something else comes next or when it is written in another manner. The way by Next() reads the same and is
+  // their definition.
+
+  /// When <AName a="1" b="2"> or <AName a="1"/> comes next, with names of one letter, one blank before each and plain
+  /// values in double quotes: goes on to the start event of that element.
+  bool TryReadStartTag(std::string_view AName);
+
+  /// When nothing but <AName>text</AName> comes next, with plain text (no reference, carriage return or "]"; it may be
+  /// empty): goes on to the end event of that element. The text in AText lies in the document and lives as long.
   bool TryReadLeaf(std::string_view AName, std::string_view& AText);
+
+  /// When the end tag of the innermost open element comes next, without blanks: goes on to its end event.
+  bool TryReadEndTag();
 
   /// Throws EFileFormat with AFinding behind part and line of the place that was read last.
   [[noreturn]] void Fail(std::string_view AFinding) const { FailAt(FPos, AFinding); }
