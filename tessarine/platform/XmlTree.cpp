@@ -1,5 +1,6 @@
 #include <tessarine/platform/XmlTree.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include <tessarine/platform/Errors.h>
@@ -28,13 +29,21 @@ std::string RawText(const TXmlNode* ANode) {
 
 TXmlTree::TXmlTree(std::string_view ABytes, std::string_view APartName, const TReadLimits& ALimits) {
   TXmlReader reader(ABytes, APartName, ALimits);
-  FTexts = TByteBuffer(reader.BytesTotal());
-  Build(reader, ALimits.Clamped());
+  FTexts.emplace_back(reader.BytesTotal());
+  Build(reader, nullptr, ALimits.Clamped());
   LinkAttributes();
 }
 
-void TXmlTree::Build(TXmlReader& AReader, const TReadLimits& ALimits) {
-  TXmlNode* open = nullptr;
+TXmlTree::TXmlTree(TXmlReader& AReader, const TReadLimits& ALimits) {
+  TXmlNode* const root = AddElement(AReader, nullptr);
+  FLastChildren.push_back(nullptr);
+  Build(AReader, root, ALimits.Clamped());
+  LinkAttributes();
+}
+
+/// Reads on to the end of AOpen, or of the document when that is null.
+void TXmlTree::Build(TXmlReader& AReader, TXmlNode* AOpen, const TReadLimits& ALimits) {
+  TXmlNode* open = AOpen;
   for (;;) {
     const TXmlEvent event = AReader.Next();
     if (FNodes.size() + FAttributes.size() > ALimits.MaxXmlTreeNodes) {
@@ -50,6 +59,7 @@ void TXmlTree::Build(TXmlReader& AReader, const TReadLimits& ALimits) {
       case xeEndElement:
         open = const_cast<TXmlNode*>(open->Parent);
         FLastChildren.pop_back();
+        if (AOpen != nullptr && open == nullptr) return;
         break;
       case xeEnd: return;
     }
@@ -78,8 +88,13 @@ TXmlNode* TXmlTree::Add(TXmlNode* AParent) {
 }
 
 std::string_view TXmlTree::Keep(std::string_view AText) {
+  constexpr size_t kBlockBytes = 4096;
   if (AText.empty()) return {};
-  char* const place = reinterpret_cast<char*>(FTexts.Data()) + FTextsUsed;
+  if (FTexts.empty() || FTexts.back().Size() - FTextsUsed < AText.size()) {
+    FTexts.emplace_back(std::max(kBlockBytes, AText.size()));
+    FTextsUsed = 0;
+  }
+  char* const place = reinterpret_cast<char*>(FTexts.back().Data()) + FTextsUsed;
   std::memcpy(place, AText.data(), AText.size());
   FTextsUsed += AText.size();
   return {place, AText.size()};

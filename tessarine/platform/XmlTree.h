@@ -33,13 +33,17 @@ class TXmlTree {
   /// Reads a document to its end. Throws as TXmlReader does, and ELimit for more than MaxXmlTreeNodes. The bytes are
   /// not needed afterwards.
   TXmlTree(std::string_view ABytes, std::string_view APartName, const TReadLimits& ALimits = {});
+
+  /// Called at a start event: reads that element as a tree of its own and goes on to its end event. Throws likewise;
+  /// the limit counts the nodes of this tree.
+  TXmlTree(TXmlReader& AReader, const TReadLimits& ALimits);
   TXmlTree(TXmlTree&&) noexcept = default;
   TXmlTree& operator=(TXmlTree&&) noexcept = default;
 
   const TXmlNode* Root() const { return &FNodes.front(); }
 
  private:
-  void Build(TXmlReader& AReader, const TReadLimits& ALimits);
+  void Build(TXmlReader& AReader, TXmlNode* AOpen, const TReadLimits& ALimits);
   TXmlNode* AddElement(const TXmlReader& AReader, TXmlNode* AParent);
   TXmlNode* Add(TXmlNode* AParent);
   std::string_view Keep(std::string_view AText);
@@ -48,8 +52,8 @@ class TXmlTree {
   std::deque<TXmlNode> FNodes;             // in document order; addresses are stable
   std::vector<TXmlNode*> FLastChildren;    // of the open elements, while building
   std::vector<TXmlAttribute> FAttributes;  // of all elements in document order
-  TByteBuffer FTexts;                      // decoded texts are never longer than the document
-  size_t FTextsUsed = 0;
+  std::vector<TByteBuffer> FTexts;         // one for a document, whose decoded texts are never longer than itself
+  size_t FTextsUsed = 0;                   // of the last one
 };
 
 /// The element children of a node, for range loops; none for null.
