@@ -22,9 +22,19 @@ std::u16string AbsoluteCorner(int32_t ACol, int32_t ARow) {
   return u'$' + ColToLetters(ACol) + u'$' + GeneralNumberText(ARow);
 }
 
-/// The sheet in front of the first "!", quotes undone; AText keeps what stands behind it.
+/// The place of the "!" behind the sheet: the first one outside quotes.
+size_t EndOfSheet(std::u16string_view AText) {
+  bool isQuoted = false;
+  for (size_t i = 0; i < AText.size(); ++i) {
+    if (AText[i] == u'\'') isQuoted = !isQuoted;
+    if (AText[i] == u'!' && !isQuoted) return i;
+  }
+  return AText.find(u'!');  // a quote stood alone
+}
+
+/// The sheet in front of the "!", quotes undone; AText keeps what stands behind it.
 std::u16string TakeSheet(std::u16string_view& AText) {
-  const size_t mark = AText.find(u'!');
+  const size_t mark = EndOfSheet(AText);
   if (mark == AText.npos) return {};
   std::u16string_view name = AText.substr(0, mark);
   AText.remove_prefix(mark + 1);
@@ -50,24 +60,12 @@ TCellRange ParseCorners(std::u16string_view AFirst, std::u16string_view ASecond)
   return {first.Col, first.Row, second.Col, second.Row};
 }
 
-/// The first comma outside a quoted sheet name, or the end.
-size_t EndOfPiece(std::u16string_view AExpr) {
-  bool isQuoted = false;
-  for (size_t i = 0; i < AExpr.size(); ++i) {
-    if (AExpr[i] == u'\'') isQuoted = !isQuoted;
-    if (AExpr[i] == u',' && !isQuoted) return i;
-  }
-  return AExpr.size();
-}
-
 /// The references of an expression that name the sheet.
 std::vector<TCellRange> RangesOf(std::u16string_view AExpr, std::u16string_view ASheetName) {
   std::vector<TCellRange> ranges;
   while (!AExpr.empty()) {
-    const size_t comma = EndOfPiece(AExpr);
-    const auto parsed = TryParseSheetRange(TrimSpaces(AExpr.substr(0, comma)));
+    const auto parsed = TryParseSheetRange(TakePrintReference(AExpr));
     if (parsed && (ASheetName.empty() || EqualAsciiNoCase(parsed->Sheet, ASheetName))) ranges.push_back(parsed->Range);
-    AExpr.remove_prefix(std::min(comma + 1, AExpr.size()));
   }
   return ranges;
 }
@@ -108,6 +106,17 @@ std::optional<TSheetRangeText> TryParseSheetRange(std::u16string_view AText) {
   const bool isValid = TCellAddress{result.Range.StartCol, result.Range.StartRow}.IsValid() &&
                        TCellAddress{result.Range.EndCol, result.Range.EndRow}.IsValid();
   return isValid ? std::optional(std::move(result)) : std::nullopt;
+}
+
+std::u16string_view TakePrintReference(std::u16string_view& AExpr) {
+  bool isQuoted = false;
+  size_t end = 0;
+  for (; end < AExpr.size() && (isQuoted || AExpr[end] != u','); ++end) {
+    if (AExpr[end] == u'\'') isQuoted = !isQuoted;
+  }
+  const std::u16string_view reference = TrimSpaces(AExpr.substr(0, end));
+  AExpr.remove_prefix(std::min(end + 1, AExpr.size()));
+  return reference;
 }
 
 void ApplyPrintAreaExpr(TPageSetup& APageSetup, std::u16string_view AExpr, std::u16string_view ASheetName) {

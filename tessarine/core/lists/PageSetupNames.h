@@ -30,6 +30,9 @@ TESSARINE_API std::u16string FormatPrintTitlesExpr(std::u16string_view ASheet, b
 /// without "$".
 TESSARINE_API std::optional<TSheetRangeText> TryParseSheetRange(std::u16string_view AText);
 
+/// Takes the first reference off an expression, up to a comma outside quotes, and gives it without blanks around.
+TESSARINE_API std::u16string_view TakePrintReference(std::u16string_view& AExpr);
+
 /// Sets the rectangle around all references of the expression that name the sheet ASheetName (any, when that is
 /// empty; without regard to ASCII case) as the print area. What cannot be read is passed over.
 TESSARINE_API void ApplyPrintAreaExpr(TPageSetup& APageSetup, std::u16string_view AExpr,

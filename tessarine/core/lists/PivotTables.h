@@ -155,6 +155,7 @@ class TESSARINE_API TSheetPivotTableList {
   size_t Count() const { return FItems.size(); }
   TPivotTable& GetItem(size_t AIndex) { return *FItems[AIndex]; }
   const TPivotTable& GetItem(size_t AIndex) const { return *FItems[AIndex]; }
+  void RemoveAt(size_t AIndex) { FItems.erase(FItems.begin() + static_cast<std::ptrdiff_t>(AIndex)); }
   auto begin() const { return FItems.begin(); }
   auto end() const { return FItems.end(); }
 

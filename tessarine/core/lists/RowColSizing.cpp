@@ -107,6 +107,10 @@ void TRowColSizing::SetColHidden(int32_t ACol, bool AHidden) { FCols->SetHidden(
 void TRowColSizing::SetRowHidden(int32_t ARow, bool AHidden) { FRows->SetHidden(ARow, AHidden); }
 bool TRowColSizing::IsColHidden(int32_t ACol) const { return FCols->IsHidden(ACol); }
 bool TRowColSizing::IsRowHidden(int32_t ARow) const { return FRows->IsHidden(ARow); }
+int32_t TRowColSizing::LastSpecialCol() const { return FCols->LastSpecialLine(); }
+int32_t TRowColSizing::LastSpecialRow() const { return FRows->LastSpecialLine(); }
+std::vector<int32_t> TRowColSizing::MarkedCols() const { return FCols->MarkedLines(); }
+std::vector<int32_t> TRowColSizing::MarkedRows() const { return FRows->MarkedLines(); }
 
 int32_t TRowColSizing::OutlineLevelPitch(int32_t ADpi) { return std::max(detail::RoundToPixels(ADpi * 18.0 / 96), 1); }
 

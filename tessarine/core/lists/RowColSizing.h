@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include <tessarine/Export.h>
 
@@ -90,6 +91,13 @@ class TESSARINE_API TRowColSizing {
   void SetRowHidden(int32_t ARow, bool AHidden);
   bool IsColHidden(int32_t ACol) const;
   bool IsRowHidden(int32_t ARow) const;
+
+  /// The last line that has a custom size or is hidden; 0 when there is none.
+  int32_t LastSpecialCol() const;
+  int32_t LastSpecialRow() const;
+  /// The lines of the sheet with a custom size, hidden, with an outline level or collapsed, ascending.
+  std::vector<int32_t> MarkedCols() const;
+  std::vector<int32_t> MarkedRows() const;
 
   // Outline. Levels are 0 (none) to 7.
   bool OutlineSummaryBelow() const;

@@ -208,6 +208,12 @@ void TWorkbook::ClearNamedFormulas() {
   ++FNamesVersion;
 }
 
+bool TWorkbook::RemoveNamedFormula(TTextArg AName) {
+  if (FTables->Names.erase(NormalizeName(AName)) == 0) return false;
+  ++FNamesVersion;
+  return true;
+}
+
 bool TWorkbook::HasNamedFormulas() const { return !FTables->Names.empty(); }
 
 std::vector<TText> TWorkbook::NamedFormulaNames() const {

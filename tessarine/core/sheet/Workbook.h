@@ -88,6 +88,8 @@ class TESSARINE_API TWorkbook {
   /// For callers that normalised the name already; null when there is none. Valid until the names change.
   const TText* FindNormalizedName(std::u16string_view AName) const;
   void ClearNamedFormulas();
+  /// False when there is no such name.
+  bool RemoveNamedFormula(TTextArg AName);
   /// All names, sorted.
   std::vector<TText> NamedFormulaNames() const;
   bool HasNamedFormulas() const;

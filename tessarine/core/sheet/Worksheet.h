@@ -173,6 +173,8 @@ class TESSARINE_API TWorksheet {
   /// Widths from character counts, for every used column; limits that are not positive mean the column default
   /// (at least 8.43) and 48 characters.
   void AutoFitColumns(const TTessarineStyleSheet* AStyleSheet, double AMinChars, double AMaxChars);
+  /// The same for one column, used or not; one outside the sheet is ignored.
+  void AutoFitColumn(int32_t ACol, const TTessarineStyleSheet* AStyleSheet, double AMinChars, double AMaxChars);
 
   /// The items that a validation's list source offers: those of a literal list, or the stored values, as texts, of a
   /// range on this sheet (a formula gives its source). None for a range on another sheet.

@@ -135,10 +135,15 @@ double TWorksheet::FittingWidth(int32_t ACol, const TTessarineStyleSheet* AStyle
 }
 
 void TWorksheet::AutoFitColumns(const TTessarineStyleSheet* AStyleSheet, double AMinChars, double AMaxChars) {
+  for (int32_t col = 1; col <= FUsedMaxCol; ++col) AutoFitColumn(col, AStyleSheet, AMinChars, AMaxChars);
+}
+
+void TWorksheet::AutoFitColumn(int32_t ACol, const TTessarineStyleSheet* AStyleSheet, double AMinChars,
+                               double AMaxChars) {
+  if (ACol < 1 || ACol > kMaxCol) return;
   const double least = AMinChars > 0 ? AMinChars : std::max(FSizing->DefaultColWidth(), 8.43);
   const double most = AMaxChars > 0 ? AMaxChars : 48;
-  for (int32_t col = 1; col <= FUsedMaxCol; ++col)
-    FSizing->SetColWidthChars(col, std::min(FittingWidth(col, AStyleSheet, least), most));
+  FSizing->SetColWidthChars(ACol, std::min(FittingWidth(ACol, AStyleSheet, least), most));
 }
 
 }  // namespace tessarine

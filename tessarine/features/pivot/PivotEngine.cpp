@@ -7,6 +7,7 @@
 #include <tessarine/core/lists/PivotTables.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/features/pivot/PivotCharts.h>
 #include <tessarine/features/pivot/PivotFunctions.h>
 #include <tessarine/features/pivot/detail/PivotCube.h>
 #include <tessarine/features/pivot/detail/PivotLayout.h>
@@ -17,7 +18,7 @@ namespace tessarine {
 
 namespace {
 
-TPivotChartSync chartSync = nullptr;
+TPivotChartSync chartSync = &RebuildPivotCharts;
 
 /// Whatever links the engine gets the functions that ask it, before any thread of the program evaluates.
 [[maybe_unused]] const bool functionsAreRegistered = (RegisterPivotFunctions(), true);

@@ -66,9 +66,9 @@ class TESSARINE_API TPivotEngine {
   /// The same for all tables of a workbook, after loading. Tables beyond kMaxCells cells in all keep their looks.
   static void ApplyLoadedPivotStyles(TWorkbook& AWorkbook);
 
-  /// Calls what SetChartSync registered; nothing happens without it.
+  /// Brings the charts of a table up to date: RebuildPivotCharts, unless a host has registered another operation.
   static void SyncPivotCharts(TWorkbook& AWorkbook, TWorksheet& ASheet, TPivotTable& ATable);
-  /// For the process; set before use.
+  /// For the process; set before use. Null: charts stay as they are.
   static void SetChartSync(TPivotChartSync ASync);
 
   /// The items of a field in order of first sight, each once without regard to ASCII case. Reads the source.

@@ -129,6 +129,30 @@ void TAxisSizing::SetHidden(int32_t ALine, bool AHidden) {
   DropIndex();
 }
 
+int32_t TAxisSizing::LastSpecialLine() const {
+  int32_t last = 0;
+  const auto note = [&](int32_t ALine, const auto&) {
+    if (ALine <= FLimit) last = std::max(last, ALine);
+  };
+  FSizes.ForEach(note);
+  FHidden.ForEach(note);
+  return last;
+}
+
+std::vector<int32_t> TAxisSizing::MarkedLines() const {
+  std::vector<int32_t> lines;
+  const auto note = [&](int32_t ALine, const auto&) {
+    if (ALine >= 1 && ALine <= FLimit) lines.push_back(ALine);
+  };
+  FSizes.ForEach(note);
+  FHidden.ForEach(note);
+  FLevels.ForEach(note);
+  FCollapsed.ForEach(note);
+  std::sort(lines.begin(), lines.end());
+  lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+  return lines;
+}
+
 int32_t TAxisSizing::Pixels(int32_t ALine, const TPixelScale& AScale) const {
   return IsHidden(ALine) ? 0 : AScale.ToPixels(Size(ALine));
 }

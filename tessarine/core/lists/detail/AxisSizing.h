@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/lists/detail/LineTable.h>
@@ -45,6 +46,11 @@ class TAxisSizing {
 
   bool IsHidden(int32_t ALine) const { return FHidden.Find(ALine) != nullptr; }
   void SetHidden(int32_t ALine, bool AHidden);
+
+  /// The last line of the sheet that has a size of its own or is hidden; 0 when there is none.
+  int32_t LastSpecialLine() const;
+  /// The lines of the sheet that have a size of their own, are hidden, collapsed or on an outline level, ascending.
+  std::vector<int32_t> MarkedLines() const;
 
   int32_t Pixels(int32_t ALine, const TPixelScale& AScale) const;
   int64_t CumulativeBefore(int32_t ALine, const TPixelScale& AScale) const;
