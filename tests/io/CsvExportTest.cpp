@@ -250,3 +250,30 @@ TEST(CsvExport, WhatWasWrittenReadsBackWithTheOptions) {
   TCsvIO::ImportWithOptions(read, source, 0, {.Delimiter = u','});
   EXPECT_EQ(Dump(*read.GetSheet(0)), Dump(*book.GetSheet(0)));
 }
+
+TEST(CsvExport, TextThatReadsAsAFormulaCanBeDefused) {
+  const struct {
+    TCellValue Value;
+    const char* Field;
+  } cases[] = {
+      {TCellValue::FromText(u"=1+2"), "'=1+2"},
+      {TCellValue::FromText(u"+4 apples"), "'+4 apples"},
+      {TCellValue::FromText(u"-x"), "'-x"},
+      {TCellValue::FromText(u"@SUM(1)"), "'@SUM(1)"},
+      {TCellValue::FromText(u"\t=1"), "'\t=1"},
+      {TCellValue::FromText(u"\r=1,2"), "\"'\r=1,2\""},
+      {TCellValue::FromText(u"a=1"), "a=1"},
+      {TCellValue::FromText(u""), ""},
+      {TCellValue::FromNumber(-7), "-7"},
+      {TCellValue::FromNumber(-1e300), "-1E+0300"},
+      {TCellValue::FromFormula(u"=B1"), "'=B1"},
+      {TCellValue::FromBoolean(true), "TRUE"},
+      {TCellValue::FromText(u"=\"a\""), "\"'=\"\"a\"\"\""},
+  };
+  for (const auto& row : cases) {
+    TWorkbook book;
+    book.GetSheet(0)->SetValue({1, 1}, row.Value);
+    EXPECT_EQ(Exported(book, {1, 1, 1, 1}, {.Utf8Bom = false, .DefuseFormulas = true}), std::string(row.Field) + "\n");
+    EXPECT_EQ(Exported(book, {1, 1, 1, 1}), ExportedPlain(book, {1, 1, 1, 1}, u','));
+  }
+}

@@ -23,7 +23,11 @@ struct TCsvExportOptions {
   bool Utf8Bom = true;                  ///< begin with the byte-order mark that some programs need
   TPrintWhat What = pwActiveSheets;     ///< which content ExportWithOptions writes
   TCellRange Selection = {1, 1, 1, 1};  ///< for pwSelection
-  TWorkControl Control = {};            ///< a stopped export throws ECancelled
+  /// Puts an apostrophe before text that a spreadsheet would take for a formula when it opens the file: one that begins
+  /// with = + - @, a tab or a carriage return. Numbers stay as they are. Off, because it changes what is written; turn
+  /// it on where the cells come from people who are not trusted.
+  bool DefuseFormulas = false;
+  TWorkControl Control = {};  ///< a stopped export throws ECancelled
 };
 
 /// How ImportWithOptions reads a text file. The initial values suit what people call a CSV file.

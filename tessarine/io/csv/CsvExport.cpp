@@ -38,6 +38,13 @@ std::vector<uint64_t> SpillPlaces(const TWorksheet& ASheet, const TCellRange& AR
   return places;
 }
 
+/// Whether a spreadsheet that opens the file may take this field for a formula. A number's sign is none.
+bool ReadsAsFormula(std::u16string_view AText, bool AIsNumber) {
+  const char16_t first = AText.empty() ? u'\0' : AText[0];
+  if (first == u'+' || first == u'-') return !AIsNumber;
+  return first == u'=' || first == u'@' || first == u'\t' || first == u'\r';
+}
+
 /// Writes a range row by row: the cells that show something are put in order, what lies between them costs its
 /// delimiters and line ends only.
 class TRangeWriter {
@@ -48,6 +55,7 @@ class TRangeWriter {
         FStyles(AWorkbook.StyleSheet()),
         FRange(ARange),
         FControl(AOptions.Control),
+        FDefuses(AOptions.DefuseFormulas),
         FSheetName(ASheet.Name().ToUtf8()),
         FWriter(AStream, AOptions.Delimiter),
         FRow(ARange.StartRow),
@@ -102,7 +110,7 @@ class TRangeWriter {
   }
 
   void PutSlot(const detail::TCellSlot& ASlot) {
-    if (ASlot.Kind == cvkText && !ASlot.HasExtras()) {
+    if (ASlot.Kind == cvkText && !ASlot.HasExtras() && !FDefuses) {
       FWriter.PutField(ASlot.Text ? ASlot.Text->View() : std::u16string_view());
     } else if (!TryPutGeneralNumber(ASlot)) {
       PutDisplayText();
@@ -112,6 +120,8 @@ class TRangeWriter {
   void PutDisplayText() {
     FText.clear();
     FSheet.AppendDisplayText({FCol, FRow}, &FStyles, FText);
+    if (FDefuses && ReadsAsFormula(FText, FSheet.EffectiveView(FCol, FRow).Kind == cvkNumber))
+      FText.insert(0, 1, u'\'');
     FWriter.PutField(FText);
   }
 
@@ -135,6 +145,7 @@ class TRangeWriter {
   const TTessarineStyleSheet& FStyles;
   TCellRange FRange;
   const TWorkControl& FControl;
+  bool FDefuses;
   std::string FSheetName;
   detail::TCsvWriter FWriter;
   int32_t FRow;  // the place up to which all is written, its own field apart
