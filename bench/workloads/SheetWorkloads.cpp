@@ -1,9 +1,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <tessarine/core/format/StyleSheet.h>
 #include <tessarine/core/sheet/Workbook.h>
@@ -11,6 +13,7 @@
 #include <tessarine/core/sheet/detail/CellStore.h>
 #include <tessarine/io/csv/Csv.h>
 #include <tessarine/io/xlsx/XlsxReader.h>
+#include <tessarine/io/xlsx/XlsxWriter.h>
 #include <tessarine/platform/Files.h>
 
 #include "Workload.h"
@@ -59,6 +62,22 @@ void MeasureXlsxLoad(TRun& ARun) {
                      sheet.GetCell({9, 5}).Value.Formula() == u"=B5*C5" &&
                      sheet.Store().CellCount() == static_cast<size_t>(rows) * 10;
   ARun.Results.push_back({"load", int64_t{rows} * 10, load, {}, peak, check});
+
+  std::vector<std::byte> bytes;
+  const double save = MedianMilliseconds([&] {
+    TMemoryWriteStream target;
+    TXlsxWriter::SaveToStream(*book, target);
+    bytes = target.TakeBytes();
+  });
+  const double savePeak = PeakMegabytes();
+  TWorkbook back;
+  TMemoryReadStream source(bytes);
+  TXlsxReader::LoadFromStream(back, source);
+  const TWorksheet& again = *back.GetSheet(0);
+  const bool saved =
+      again.Store().CellCount() == sheet.Store().CellCount() && again.GetEffectiveValue({10, rows}).Number == last.J &&
+      again.GetEffectiveValue({6, rows}).Text.ToUtf8() == last.F && again.GetCell({9, 5}).Value.Formula() == u"=B5*C5";
+  ARun.Results.push_back({"save", int64_t{rows} * 10, save, {}, savePeak, saved});
 }
 
 void PrepareCsv(TRun& ARun) { WriteCsvFile(CsvFile(ARun), ARun.Rows(kCsvRows)); }

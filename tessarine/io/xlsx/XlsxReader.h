@@ -9,11 +9,13 @@
 namespace tessarine {
 
 class IReadStream;
+class TFileReport;
 class TWorkbook;
 
 struct TXlsxReadOptions {
   TReadLimits Limits;
-  TWorkControl Control;  ///< polled every few thousand cells; progress is reported in phase ppLoading
+  TWorkControl Control;           ///< polled every few thousand cells; progress is reported in phase ppLoading
+  TFileReport* Report = nullptr;  ///< told what the workbook cannot hold; may be null
 };
 
 /// Loads Office Open XML workbooks (.xlsx, ECMA-376). Formulas come with the results that the file has cached; nothing

@@ -73,6 +73,7 @@ void TXlsxCellReader::ReadCell() {
   FHasValue = FHasFormula = FHasInline = false;
   for (;;) {
     if (TryReadLeafChild()) continue;
+    if (FReader.TryReadEndTag()) break;
     const TXmlEvent event = FReader.Next();
     if (event == xeStartElement) ReadChild();
     if (event == xeEndElement || event == xeEnd) break;
@@ -177,6 +178,7 @@ void TXlsxCellReader::ReadFormulaElement() {
     const std::string_view type = XlsxAttr(attributes, "t");
     FFormula.IsShared = EqualXmlNames(type, "shared");
     FFormula.IsArray = EqualXmlNames(type, "array");
+    if (EqualXmlNames(type, "dataTable")) ++FLosses.DataTables;
     if (FFormula.IsShared) FFormula.SharedIndex = XlsxAttrInt(attributes, "si", -1);
     if (FFormula.IsArray) FFormula.ArrayRange = XlsxRange(XlsxAttr(attributes, "ref"));
   }
@@ -186,10 +188,11 @@ void TXlsxCellReader::ReadFormulaElement() {
 // ---- values
 
 /// A text with an escape in it may be a number all the same.
-double TXlsxCellReader::Number() const {
+std::optional<double> TXlsxCellReader::TryNumber() const {
   double number = 0;
   if (TryParseFileNumber(FValue, number)) return number;
-  return FValue.find('_') != FValue.npos && TryParseFileNumber(ValueText().View(), number) ? number : 0;
+  const bool isNumber = FValue.find('_') != FValue.npos && TryParseFileNumber(ValueText().View(), number);
+  return isNumber ? std::optional(number) : std::nullopt;
 }
 
 bool TXlsxCellReader::IsTrue() const {
@@ -208,11 +211,8 @@ TCellValue TXlsxCellReader::ResultValue() const {
     case TCellType::ctSharedString:
     case TCellType::ctOther: break;
   }
-  double number = 0;
-  if (TryParseFileNumber(FValue, number)) return TCellValue::FromNumber(number);
-  if (FValue.find('_') != FValue.npos && TryParseFileNumber(ValueText().View(), number))
-    return TCellValue::FromNumber(number);
-  return {};
+  const std::optional<double> number = TryNumber();
+  return number ? TCellValue::FromNumber(*number) : TCellValue();
 }
 
 // ---- storing
@@ -229,7 +229,9 @@ void TXlsxCellReader::StoreCell(std::u16string_view AFormula) {
 
 void TXlsxCellReader::StoreShared() {
   const int32_t index = StringIndex(FValue);
+  if (FHasFormula && !FFormula.Text.empty()) ++FLosses.Formulas;
   if (index < 0 || index >= FContext.Strings.Count()) {
+    ++FLosses.Texts;
     FStore.SetValue(FAddress.Col, FAddress.Row, TCellValue::Empty(), FStyle);
     return;
   }
@@ -248,7 +250,9 @@ void TXlsxCellReader::StoreValue() {
   } else if (FValue.empty()) {
     FStore.SetValue(FAddress.Col, FAddress.Row, TCellValue::Empty(), FStyle);
   } else {
-    FStore.SetNumber(FAddress.Col, FAddress.Row, Number(), FStyle);
+    const std::optional<double> number = TryNumber();
+    if (!number) ++FLosses.Constants;
+    FStore.SetNumber(FAddress.Col, FAddress.Row, number.value_or(0), FStyle);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,14 @@ struct TXlsxCellContext {
   TXlsxBudget& Budget;
 };
 
+/// What cells say in a way that is not kept.
+struct TXlsxCellLosses {
+  size_t Constants = 0;   // values of errors, dates and texts that are no number
+  size_t Texts = 0;       // references past the string table
+  size_t Formulas = 0;    // formulas of cells that refer to the string table
+  size_t DataTables = 0;  // what-if tables; their values are kept
+};
+
 /// Reads the cells of one sheet part straight into the sheet's store, without events. Cells may come in any order; of
 /// several for one place the last counts.
 class TXlsxCellReader {
@@ -47,6 +56,7 @@ class TXlsxCellReader {
 
   /// Cells at valid places so far.
   size_t CellCount() const { return FCellCount; }
+  const TXlsxCellLosses& Losses() const { return FLosses; }
 
  private:
   enum class TCellType : uint8_t { ctOther, ctSharedString, ctBoolean, ctText, ctInlineText };
@@ -72,7 +82,7 @@ class TXlsxCellReader {
   void StoreInline();
   void StoreText(TText AText, TRichTextRuns ARuns);
   TCellValue ResultValue() const;
-  double Number() const;
+  std::optional<double> TryNumber() const;
   bool IsTrue() const;
   TText ValueText() const;
   void OpenBlock();
@@ -98,6 +108,7 @@ class TXlsxCellReader {
 
   std::vector<TBlock> FBlocks;
   boost::unordered_flat_map<uint64_t, size_t> FBlockByAnchor;  // the sheet's spill map finds the anchor of a cell
+  TXlsxCellLosses FLosses;
   size_t FCellCount = 0;
   int32_t FMaxCol = 0;
   int32_t FMaxRow = 0;

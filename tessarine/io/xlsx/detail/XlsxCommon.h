@@ -21,6 +21,23 @@ inline bool XlsxIsElement(const TXmlReader& AReader, std::string_view ALocalName
 /// Called at a start event: replaces AOut by all text below the element and goes on to its end event.
 void ReadXlsxText(TXmlReader& AReader, std::string& AOut);
 
+/// Called at a start event: calls AChild() at the start of each child of that name, which goes on to its end event, and
+/// goes on to the element's own end.
+template <class TChild>
+void ForEachXlsxChild(TXmlReader& AReader, std::string_view ALocalName, TChild&& AChild) {
+  for (;;) {
+    while (AReader.TryReadStartTag(ALocalName)) AChild();
+    const TXmlEvent event = AReader.Next();
+    if (event == xeEndElement || event == xeEnd) return;
+    if (event != xeStartElement) continue;
+    if (XlsxIsElement(AReader, ALocalName)) {
+      AChild();
+    } else {
+      AReader.SkipElement();
+    }
+  }
+}
+
 /// The attributes of one element, of a pull reader or of a tree. Names are looked up as FindXmlAttribute does.
 using TXmlAttributes = std::span<const TXmlAttribute>;
 

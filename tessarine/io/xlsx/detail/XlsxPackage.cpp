@@ -34,6 +34,7 @@ const TXlsxRelationship* TXlsxRelationships::Find(std::string_view AId) const {
 TByteBuffer TXlsxPackage::ReadPart(std::string_view AName) const {
   const auto index = FZip.Find(AName);
   if (!index) return {};
+  FIsRead[*index] = true;
   TByteBuffer content = FZip.Read(*index);
   FBytesRead += content.Size();
   return content;
@@ -50,14 +51,29 @@ bool TXlsxPackage::HasRoomFor(uint64_t ABytes) const {
   return ABytes <= half && read <= half - ABytes;
 }
 
+bool TXlsxPackage::TryTakeRoom(uint64_t ABytes) const {
+  if (!HasRoomFor(ABytes)) return false;
+  FBytesRead += ABytes;
+  return true;
+}
+
 TXlsxRelationships TXlsxPackage::ReadRelationships(std::string_view APartName) const {
+  const std::string name = XlsxRelationshipsPart(APartName);
+  const TByteBuffer bytes = ReadPart(name);
+  if (bytes.IsEmpty()) return {};
+  return XlsxParseRelationships(bytes.Text(), name, FLimits);
+}
+
+std::string XlsxRelationshipsPart(std::string_view APartName) {
   const std::string_view folder = PartFolder(APartName);
   std::string name(folder);
   ((name += "_rels/") += APartName.substr(folder.size())) += ".rels";
+  return name;
+}
+
+TXlsxRelationships XlsxParseRelationships(std::string_view ABytes, std::string_view AName, const TReadLimits& ALimits) {
   TXlsxRelationships relationships;
-  const TByteBuffer bytes = ReadPart(name);
-  if (bytes.IsEmpty()) return relationships;
-  const TXmlTree tree(bytes.Text(), name, FLimits);
+  const TXmlTree tree(ABytes, AName, ALimits);
   for (const TXmlNode* node : TXmlElements(tree.Root())) {
     if (!XmlLocalNameIs(node, "Relationship")) continue;
     relationships.Add(

@@ -42,7 +42,7 @@ class TXlsxPackage {
  public:
   /// Takes the archive. Throws as TZipReader does.
   TXlsxPackage(std::vector<std::byte> ABytes, const TReadLimits& ALimits)
-      : FZip(std::move(ABytes), ALimits), FLimits(ALimits) {}
+      : FZip(std::move(ABytes), ALimits), FLimits(ALimits), FIsRead(FZip.EntryCount()) {}
 
   /// The content of a part; no bytes when it is missing.
   TByteBuffer ReadPart(std::string_view AName) const;
@@ -53,8 +53,20 @@ class TXlsxPackage {
   /// Whether ABytes more can be read without coming near the limit on all parts together: half of it stays free.
   bool HasRoomFor(uint64_t ABytes) const;
 
+  /// HasRoomFor, and when there is room counts ABytes as read: for what a reader builds beyond the bytes of the parts,
+  /// so that few bytes which name one big part many times stay bounded too.
+  bool TryTakeRoom(uint64_t ABytes) const;
+
   /// The relationships that stand beside a part ("xl/_rels/workbook.xml.rels"); none when there is no such part.
   TXlsxRelationships ReadRelationships(std::string_view APartName) const;
+
+  /// Calls AVisit(name) for each part that was never read, in the order of the archive.
+  template <class TVisit>
+  void ForEachUnreadPart(TVisit&& AVisit) const {
+    for (size_t index = 0; index < FIsRead.size(); ++index) {
+      if (!FIsRead[index]) AVisit(FZip.Name(index));
+    }
+  }
 
   const TReadLimits& Limits() const { return FLimits; }
 
@@ -62,7 +74,14 @@ class TXlsxPackage {
   mutable std::atomic<uint64_t> FBytesRead{0};
   TZipReader FZip;
   TReadLimits FLimits;
+  mutable std::vector<std::atomic<bool>> FIsRead;  // by entry
 };
+
+/// The name of the part with the relationships of APartName: "xl/_rels/workbook.xml.rels" for "xl/workbook.xml".
+std::string XlsxRelationshipsPart(std::string_view APartName);
+
+/// The relationships in the part AName. Throws as TXmlReader does.
+TXlsxRelationships XlsxParseRelationships(std::string_view ABytes, std::string_view AName, const TReadLimits& ALimits);
 
 /// The name of a part that the workbook refers to by ATarget.
 std::string XlsxWorkbookTarget(std::string_view ATarget);

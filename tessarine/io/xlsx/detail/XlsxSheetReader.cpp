@@ -12,6 +12,8 @@
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/io/xlsx/detail/XlsxCommon.h>
 #include <tessarine/io/xlsx/detail/XlsxPackage.h>
+#include <tessarine/io/xlsx/detail/XlsxReport.h>
+#include <tessarine/io/xlsx/detail/XlsxValidations.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Unicode.h>
 
@@ -71,26 +73,35 @@ class TColumnsOnce {
 
 }  // namespace
 
+TXlsxSheetReader::TXlsxSheetReader(TXmlReader& AReader, TWorksheet& ASheet, const TXlsxCellContext& AContext,
+                                   const TReadLimits& ALimits, const TXlsxReport& AReport)
+    : FReader(AReader),
+      FSheet(ASheet),
+      FCells(AReader, ASheet, AContext),
+      FReport(AReport),
+      FMaxRecords(ALimits.MaxXmlTreeNodes),
+      FPageSettings(ASheet.PageSetup(), ALimits.MaxXmlTreeNodes) {}
+
 // ---- the walk
 
 void TXlsxSheetReader::Read() {
-  // Sections that other readers of this folder will want stand beside these; all that is not here is passed over.
-  static constexpr std::string_view kNames[stCount] = {"sheetViews", "sheetPr",    "sheetFormatPr", "cols",
-                                                       "sheetData",  "mergeCells", "hyperlinks"};
+  static constexpr std::string_view kNames[stCount] = {"sheetViews", "sheetPr",    "sheetFormatPr",   "cols",
+                                                       "sheetData",  "mergeCells", "dataValidations", "hyperlinks",
+                                                       "autoFilter"};
   for (TXmlEvent event = FReader.Next(); event != xeEnd; event = FReader.Next()) {
     if (event != xeStartElement || FReader.Depth() == 1) continue;
     const auto found = std::find_if(std::begin(kNames), std::end(kNames),
                                     [this](std::string_view AName) { return FReader.LocalNameIs(AName); });
     const auto section = static_cast<size_t>(found - std::begin(kNames));
-    if (section == stCount || FIsRead[section]) {
+    if (section == stCount) {
+      if (!FPageSettings.TryReadSection(FReader, FReport)) PassOverXlsxSection(FReader, FReport);
+    } else if (std::exchange(FIsRead[section], true)) {
       FReader.SkipElement();
-      continue;
+    } else {
+      ReadSection(static_cast<TSection>(section));
     }
-    FIsRead[section] = true;
-    ReadSection(static_cast<TSection>(section));
   }
-  ApplyColumns();
-  FCells.Finish();
+  ApplyRecords();
 }
 
 void TXlsxSheetReader::ReadSection(TSection ASection) {
@@ -101,23 +112,28 @@ void TXlsxSheetReader::ReadSection(TSection ASection) {
     case stColumns: return ForEachChild("col", [this] { ReadColumns(); });
     case stData: return ForEachChild("row", [this] { ReadRow(); });
     case stMerges: return ForEachChild("mergeCell", [this] { ReadMerge(); });
+    case stValidations: FValidations = ReadXlsxValidations(FReader, FMaxRecords, FReport); return;
     case stHyperlinks: return ForEachChild("hyperlink", [this] { ReadHyperlink(); });
+    case stFilter: FFilter = ReadXlsxAutoFilter(FReader, FMaxRecords, FReport); return;
     case stCount: return;
   }
 }
 
-/// Called at a start event: calls AChild() at the start of each child of that name, which goes on to its end event, and
-/// goes on to the element's own end.
-template <class TChild>
-void TXlsxSheetReader::ForEachChild(std::string_view ALocalName, TChild&& AChild) {
-  for (TXmlEvent event = FReader.Next(); event != xeEndElement && event != xeEnd; event = FReader.Next()) {
-    if (event != xeStartElement) continue;
-    if (XlsxIsElement(FReader, ALocalName)) {
-      AChild();
-    } else {
-      FReader.SkipElement();
-    }
-  }
+/// What had to wait for the end of the part, in an order of its own.
+void TXlsxSheetReader::ApplyRecords() {
+  ApplyColumns();
+  FCells.Finish();
+  ReportCells();
+  for (TDataValidationRule& rule : FValidations) FSheet.Validations().AddRule(std::move(rule));
+  FPageSettings.ApplyBreaks();
+}
+
+void TXlsxSheetReader::ReportCells() const {
+  const TXlsxCellLosses& losses = FCells.Losses();
+  FReport.Drop("constant", losses.Constants, "errors, dates and texts without a table entry read as 0");
+  FReport.Drop("shared text", losses.Texts, "the string table has no such entry");
+  FReport.Drop("formula", losses.Formulas, "the cell refers to the string table as well");
+  FReport.Drop("data table", losses.DataTables, "its values stay");
 }
 
 /// Records wait in memory for the end of the part, so they count like the nodes of a tree.
@@ -280,7 +296,7 @@ void TXlsxSheetReader::ReadHyperlink() {
   FReader.SkipElement();
 }
 
-void TXlsxSheetReader::ApplyHyperlinks(const TXlsxRelationships& ARelationships) {
+void TXlsxSheetReader::ApplyLinksAndFilter(const TXlsxRelationships& ARelationships) {
   for (const TLink& link : FLinks) {
     std::string_view target = link.Location;
     if (target.empty()) {
@@ -289,6 +305,7 @@ void TXlsxSheetReader::ApplyHyperlinks(const TXlsxRelationships& ARelationships)
     }
     if (!target.empty()) FSheet.Hyperlinks().SetHyperlinkRange(link.Range, TText::FromUtf8(target));
   }
+  FFilter.ApplyTo(FFilter.Range, FSheet.AutoFilter());
 }
 
 }  // namespace tessarine::detail

@@ -5,11 +5,16 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include <tessarine/core/lists/DataValidations.h>
 #include <tessarine/core/values/Address.h>
 #include <tessarine/core/values/Text.h>
+#include <tessarine/io/xlsx/detail/XlsxAutoFilter.h>
 #include <tessarine/io/xlsx/detail/XlsxCellReader.h>
+#include <tessarine/io/xlsx/detail/XlsxCommon.h>
+#include <tessarine/io/xlsx/detail/XlsxPageSettings.h>
 #include <tessarine/platform/Progress.h>
 #include <tessarine/platform/Xml.h>
 
@@ -20,15 +25,16 @@ class TWorksheet;
 namespace tessarine::detail {
 
 class TXlsxRelationships;
+struct TXlsxReport;
 
-/// Reads a sheet part (ECMA-376-1 §18.3.1.99) into a sheet that was just added: its view, sizes, cells, merges and
-/// links. The part is read as a stream, once and to its end; of each section the first one counts.
+/// Reads a sheet part (ECMA-376-1 §18.3.1.99) into a sheet that was just added: its view, sizes, cells, merges,
+/// validations, page setup, links and filter. The part is read as a stream, once and to its end; of each section the
+/// first one counts, but for those about printing.
 class TXlsxSheetReader {
  public:
   /// AReader stands before the document's first event. All arguments outlive the reader.
   TXlsxSheetReader(TXmlReader& AReader, TWorksheet& ASheet, const TXlsxCellContext& AContext,
-                   const TReadLimits& ALimits)
-      : FReader(AReader), FSheet(ASheet), FCells(AReader, ASheet, AContext), FMaxRecords(ALimits.MaxXmlTreeNodes) {}
+                   const TReadLimits& ALimits, const TXlsxReport& AReport);
 
   /// Called now and then while cells are read, with the part's fraction that is done; may throw.
   std::function<void(double AFraction)> OnProgress;
@@ -37,8 +43,8 @@ class TXlsxSheetReader {
   /// it.
   void Read();
 
-  /// Gives the links to the sheet: those that go through a relationship need it.
-  void ApplyHyperlinks(const TXlsxRelationships& ARelationships);
+  /// Gives the links to the sheet, some of which go through a relationship, and the filter, which comes last.
+  void ApplyLinksAndFilter(const TXlsxRelationships& ARelationships);
 
   /// Whether the part has cells at valid places.
   bool HasCells() const { return FCells.CellCount() > 0; }
@@ -57,11 +63,26 @@ class TXlsxSheetReader {
     std::string Location;  // trimmed
     std::string RelationshipId;
   };
-  enum TSection : size_t { stViews, stProperties, stFormat, stColumns, stData, stMerges, stHyperlinks, stCount };
+  enum TSection : size_t {
+    stViews,
+    stProperties,
+    stFormat,
+    stColumns,
+    stData,
+    stMerges,
+    stValidations,
+    stHyperlinks,
+    stFilter,
+    stCount,
+  };
 
   void ReadSection(TSection ASection);
+  void ApplyRecords();
+  void ReportCells() const;
   template <class TChild>
-  void ForEachChild(std::string_view ALocalName, TChild&& AChild);
+  void ForEachChild(std::string_view ALocalName, TChild&& AChild) {
+    ForEachXlsxChild(FReader, ALocalName, std::forward<TChild>(AChild));
+  }
 
   void ReadView();
   void ReadPane(int32_t& ATopLeftCol, int32_t& ATopLeftRow);
@@ -79,9 +100,13 @@ class TXlsxSheetReader {
   TXmlReader& FReader;
   TWorksheet& FSheet;
   TXlsxCellReader FCells;
+  const TXlsxReport& FReport;
   const size_t FMaxRecords;
+  TXlsxPageSettings FPageSettings;
   bool FIsRead[stCount] = {};
   std::vector<TColumns> FColumns;
+  std::vector<TDataValidationRule> FValidations;
+  TXlsxAutoFilter FFilter;
   std::vector<TLink> FLinks;
   size_t FWideLinks = 0;
   int32_t FRowPosition = 0;

@@ -6,11 +6,14 @@
 #include <utility>
 #include <vector>
 
+#include <tessarine/core/lists/AutoFilter.h>
 #include <tessarine/core/lists/SheetTables.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/xlsx/detail/XlsxAutoFilter.h>
 #include <tessarine/io/xlsx/detail/XlsxBudget.h>
 #include <tessarine/io/xlsx/detail/XlsxCommon.h>
 #include <tessarine/io/xlsx/detail/XlsxPackage.h>
+#include <tessarine/io/xlsx/detail/XlsxReport.h>
 #include <tessarine/platform/XmlTree.h>
 #include <tessarine/platform/detail/MessageText.h>
 
@@ -46,10 +49,37 @@ void ApplyStyle(const TXmlNode* AStyle, TSheetTable& ATable) {
     ATable.SetShowColumnStripes(XlsxAttrIsOn(AStyle->Attributes, "showColumnStripes"));
 }
 
-void ReadTable(const TXmlNode* ARoot, std::string_view APartName, TXlsxBudget& ABudget, TWorksheet& ASheet) {
+/// The filter of a table part: a direct child of the root.
+TXlsxAutoFilter ReadTableFilter(std::string_view ABytes, std::string_view APartName, const TReadLimits& ALimits,
+                                const TXlsxReport& AReport) {
+  TXmlReader reader(ABytes, APartName, ALimits);
+  for (TXmlEvent event = reader.Next(); event != xeEnd; event = reader.Next()) {
+    if (event != xeStartElement || reader.Depth() == 1) continue;
+    if (reader.LocalNameIs("autoFilter")) return ReadXlsxAutoFilter(reader, ALimits.MaxXmlTreeNodes, AReport);
+    reader.SkipElement();
+  }
+  return {};
+}
+
+/// Without a range of its own the filter covers the table but for its totals.
+void ApplyTableFilter(const TXlsxAutoFilter& AFilter, const TSheetTable& ATable, TWorksheet& ASheet,
+                      const TXlsxReport& AReport) {
+  TSheetAutoFilter& target = ASheet.AutoFilter();
+  TCellRange range = AFilter.Range;
+  if (!XlsxIsRange(range)) {
+    range = ATable.Ref();
+    if (ATable.HasTotalsRow() && range.EndRow > range.StartRow) --range.EndRow;
+  }
+  if (target.IsEnabled() && target.Range() != range.Normalize())
+    AReport.Drop("filter", 1, "a sheet has one, the last table's");
+  AFilter.ApplyTo(range, target);
+}
+
+/// The table, or null when the part lacks what one needs.
+TSheetTable* ReadTable(const TXmlNode* ARoot, std::string_view APartName, TXlsxBudget& ABudget, TWorksheet& ASheet) {
   const std::string_view name = XmlAttr(ARoot, "name");
   const TCellRange range = XlsxRange(XmlAttr(ARoot, "ref"));
-  if (name.empty() || !XlsxIsRange(range)) return;
+  if (name.empty() || !XlsxIsRange(range)) return nullptr;
   TXlsxBudget::Take(
       ABudget.TableColumns, static_cast<size_t>(range.Width()), [&] { return ForMessage(APartName); },
       "the columns of all tables");
@@ -60,20 +90,23 @@ void ReadTable(const TXmlNode* ARoot, std::string_view APartName, TXlsxBudget& A
   table->SetShowAutoFilter(XmlFindChild(ARoot, "autoFilter") != nullptr);
   ApplyStyle(XmlFindChild(ARoot, "tableStyleInfo"), *table);
   table->SetColumnNames(ReadColumnNames(XmlFindChild(ARoot, "tableColumns")));
-  ASheet.Tables().Add(std::move(table));
+  return &ASheet.Tables().Add(std::move(table));
 }
 
 }  // namespace
 
 void ReadXlsxTables(const TXlsxPackage& APackage, std::string_view ASheetPart, const TXlsxRelationships& ARelationships,
-                    TXlsxBudget& ABudget, TWorksheet& ASheet) {
+                    TXlsxBudget& ABudget, TWorksheet& ASheet, const TXlsxReport& AReport) {
   for (const TXlsxRelationship& relationship : ARelationships) {
     if (!IsTableType(relationship.Type)) continue;
     const std::string part = XlsxResolveTarget(ASheetPart, relationship.Target);
     const TByteBuffer bytes = APackage.ReadPart(part);
     if (bytes.IsEmpty()) continue;
     const TXmlTree tree(bytes.Text(), part, APackage.Limits());
-    ReadTable(tree.Root(), part, ABudget, ASheet);
+    const TSheetTable* const table = ReadTable(tree.Root(), part, ABudget, ASheet);
+    if (!table || !table->ShowAutoFilter() || !table->HasHeaderRow()) continue;
+    const TXlsxAutoFilter filter = ReadTableFilter(bytes.Text(), part, APackage.Limits(), AReport);
+    ApplyTableFilter(filter, *table, ASheet, AReport);
   }
   ASheet.RefreshTableColumnNames();
 }

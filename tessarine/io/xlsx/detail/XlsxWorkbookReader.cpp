@@ -5,22 +5,25 @@
 #include <vector>
 
 #include <tessarine/core/format/StyleSheet.h>
+#include <tessarine/core/lists/DataValidations.h>
 #include <tessarine/core/lists/Hyperlinks.h>
 #include <tessarine/core/lists/MergedCells.h>
+#include <tessarine/core/lists/PageSetup.h>
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/lists/SavedView.h>
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/io/xlsx/detail/XlsxCommon.h>
-#include <tessarine/io/xlsx/detail/XlsxFormulas.h>
+#include <tessarine/io/xlsx/detail/XlsxDrawings.h>
+#include <tessarine/io/xlsx/detail/XlsxNames.h>
+#include <tessarine/io/xlsx/detail/XlsxPivots.h>
 #include <tessarine/io/xlsx/detail/XlsxSheetReader.h>
 #include <tessarine/io/xlsx/detail/XlsxStringItems.h>
 #include <tessarine/io/xlsx/detail/XlsxStylesReader.h>
 #include <tessarine/io/xlsx/detail/XlsxTables.h>
 #include <tessarine/io/xlsx/detail/XlsxTheme.h>
 #include <tessarine/platform/Errors.h>
-#include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/Xml.h>
 #include <tessarine/platform/XmlTree.h>
 
@@ -45,6 +48,8 @@ void EmptySheet(TWorksheet& ASheet, double ADigitWidth) {
   ASheet.Spills().ClearAll();
   ASheet.Hyperlinks().Clear();
   ASheet.SavedView().Clear();
+  ASheet.Validations().Clear();
+  ASheet.PageSetup() = TPageSetup();
   ASheet.Sizing() = TRowColSizing();
   ASheet.Sizing().SetMaxDigitWidth(ADigitWidth);
 }
@@ -71,6 +76,9 @@ void TXlsxWorkbookReader::Read() {
   const TByteBuffer bytes = FPackage.ReadPart(kWorkbookPart);
   if (bytes.IsEmpty()) return;
   ReadWorkbookPart(bytes.Text());
+  ReadExcelPivotParts(FPackage, FWorkbook, FOptions.Report);
+  ReadTessarinePivotsPart(FPackage, FWorkbook);
+  if (FOptions.Report) ReportUnreadXlsxParts(FPackage, *FOptions.Report);
   FWorkbook.ClearModified();
   FOptions.Control.Report(ppLoading, 1);
 }
@@ -116,6 +124,7 @@ void TXlsxWorkbookReader::ReadWorkbookPart(std::string_view ABytes) {
   ReadSheets(tree.Root());
   ChooseActiveSheet(tree.Root());
   ReadNames(tree.Root());
+  ReportXlsxWorkbookSettings(tree.Root(), ReportFor(kWorkbookPart));
 }
 
 /// The part of the first sheet as far as that can be told before it is time for errors; empty when it cannot.
@@ -160,21 +169,23 @@ void TXlsxWorkbookReader::ReadSheets(const TXmlNode* AWorkbook) {
 void TXlsxWorkbookReader::LoadSheet(TWorksheet& ASheet, const std::string& APartName, std::string_view ANextPartName) {
   ReportSheet(0, APartName);
   TXlsxRelationships relationships;
+  const TXlsxReport report = ReportFor(FOptions.Report ? ASheet.Name().ToUtf8() : std::string());
   {
     const TByteBuffer bytes = FPrefetch.Take(APartName);
     if (bytes.IsEmpty()) return;
     FPrefetch.Start(ANextPartName);
-    ReadSheetPart(ASheet, bytes.Text(), APartName, relationships);
+    ReadSheetPart(ASheet, bytes.Text(), APartName, relationships, report);
   }
-  ReadXlsxTables(FPackage, APartName, relationships, FBudget, ASheet);
+  ReadXlsxTables(FPackage, APartName, relationships, FBudget, ASheet, report);
+  LoadSheetDrawings(FPackage, APartName, relationships, ASheet, FWorkbook.Theme(), FOptions.Report);
 }
 
 /// A throw leaves the sheet as it was added.
 void TXlsxWorkbookReader::ReadSheetPart(TWorksheet& ASheet, std::string_view ABytes, const std::string& APartName,
-                                        TXlsxRelationships& ARelationships) {
+                                        TXlsxRelationships& ARelationships, const TXlsxReport& AReport) {
   TXmlReader xml(ABytes, APartName, FOptions.Limits);
   const TXlsxCellContext context{FStrings, FWorkbook.StyleSheet(), FBudget};
-  TXlsxSheetReader reader(xml, ASheet, context, FOptions.Limits);
+  TXlsxSheetReader reader(xml, ASheet, context, FOptions.Limits, AReport);
   reader.OnProgress = [&](double AFraction) {
     FOptions.Control.CheckStop();
     ReportSheet(AFraction, APartName);
@@ -186,7 +197,7 @@ void TXlsxWorkbookReader::ReadSheetPart(TWorksheet& ASheet, std::string_view ABy
     EmptySheet(ASheet, FDigitWidth);
     throw;
   }
-  reader.ApplyHyperlinks(ARelationships);
+  reader.ApplyLinksAndFilter(ARelationships);
   if (reader.HasCells()) ASheet.NoteBulkChange();
 }
 
@@ -212,13 +223,11 @@ void TXlsxWorkbookReader::ChooseActiveSheet(const TXmlNode* AWorkbook) {
 
 void TXlsxWorkbookReader::ReadNames(const TXmlNode* AWorkbook) {
   FWorkbook.ClearNamedFormulas();
+  TXlsxNames names(FWorkbook, ReportFor(kWorkbookPart));
   for (const TXmlNode* name : TXmlElements(XmlFindChild(AWorkbook, "definedNames"))) {
-    if (!XmlLocalNameIs(name, "definedName")) continue;
-    std::u16string text = XmlNodeText16(name);
-    StripXlsxParameterPrefixes(text);
-    const std::u16string_view formula = TrimSpaces(text);
-    if (!formula.empty()) FWorkbook.SetNamedFormula(XmlAttr(name, "name"), formula);
+    if (XmlLocalNameIs(name, "definedName")) names.Read(name);
   }
+  names.ApplyPrintNames();
 }
 
 }  // namespace tessarine::detail

@@ -9,6 +9,7 @@
 #include <tessarine/io/xlsx/detail/XlsxBudget.h>
 #include <tessarine/io/xlsx/detail/XlsxPackage.h>
 #include <tessarine/io/xlsx/detail/XlsxPrefetch.h>
+#include <tessarine/io/xlsx/detail/XlsxReport.h>
 
 namespace tessarine {
 class TWorkbook;
@@ -37,10 +38,11 @@ class TXlsxWorkbookReader {
   std::string FirstSheetPart() const;
   void LoadSheet(TWorksheet& ASheet, const std::string& APartName, std::string_view ANextPartName);
   void ReadSheetPart(TWorksheet& ASheet, std::string_view ABytes, const std::string& APartName,
-                     TXlsxRelationships& ARelationships);
+                     TXlsxRelationships& ARelationships, const TXlsxReport& AReport);
   void ReportSheet(double AFraction, std::string_view APartName) const;
   void ChooseActiveSheet(const TXmlNode* AWorkbook);
   void ReadNames(const TXmlNode* AWorkbook);
+  TXlsxReport ReportFor(std::string_view AWhere) const { return {FOptions.Report, std::string(AWhere)}; }
 
   TWorkbook& FWorkbook;
   const TXlsxPackage& FPackage;
