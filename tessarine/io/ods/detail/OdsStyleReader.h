@@ -1,0 +1,147 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <boost/unordered/unordered_flat_map.hpp>
+
+#include <tessarine/core/format/CellFormat.h>
+#include <tessarine/io/ods/detail/OdsUnits.h>
+#include <tessarine/platform/ReadLimits.h>
+
+namespace tessarine {
+class TXmlReader;
+struct TXmlNode;
+}  // namespace tessarine
+
+namespace tessarine::detail {
+
+/// What a style is for. The names that files use are in the same order in the source.
+enum class TOdsFamily : uint8_t { ofCell, ofColumn, ofRow, ofTable, ofText, ofGraphic, ofChart, ofCount };
+using enum TOdsFamily;
+
+/// The property elements of a style.
+enum class TOdsGroup : uint8_t { ogText, ogParagraph, ogCell, ogColumn, ogRow, ogTable, ogGraphic, ogChart, ogCount };
+using enum TOdsGroup;
+
+/// A dictionary by text that is asked with views.
+struct TOdsNameHash {
+  using is_transparent = void;
+  size_t operator()(std::string_view AText) const { return std::hash<std::string_view>()(AText); }
+};
+template <class TItem>
+using TOdsByName = boost::unordered_flat_map<std::string, TItem, TOdsNameHash, std::equal_to<>>;
+
+/// How a shape is filled and drawn.
+struct TOdsGraphicStyle {
+  bool HasFill = true;
+  bool HasStroke = true;
+  std::optional<uint32_t> FillColor;  // ARGB
+  std::optional<uint32_t> StrokeColor;
+  double StrokeWidthCm = 0;  // 0: not stated
+};
+
+/// The named styles of a document, common and automatic ones together; of two with one name and purpose the later one
+/// counts. Everything is read first and asked afterwards.
+class TOdsStyleReader {
+ public:
+  TOdsStyleReader(const TReadLimits& ALimits, TOdsFontInstalled AFontInstalled)
+      : FLimits(ALimits), FFontInstalled(std::move(AFontInstalled)) {}
+
+  /// Reads a part that holds nothing else of interest, to its end.
+  void LoadPart(std::string_view ABytes, std::string_view APartName);
+
+  /// Called at the start event of an element below a document's root: reads it if it holds styles or font faces, and
+  /// goes on to its end event in every case.
+  void ReadSection(TXmlReader& AReader);
+
+  /// The format of a cell style; of the style "Default" for a name that does not exist. Valid as long as the reader.
+  const TCellFormat& GetCellFormat(std::string_view AName);
+
+  /// ABase with what a text style says of fonts.
+  TCellFontInfo GetTextFont(std::string_view AName, const TCellFontInfo& ABase) const;
+
+  /// The code of a data style, "General" for a name that does not exist.
+  TText GetNumberFormat(std::string_view AName) const;
+
+  /// Centimetres; nothing when the style does not exist or says nothing.
+  std::optional<double> GetColWidthCm(std::string_view AName) const;
+  std::optional<double> GetRowHeightCm(std::string_view AName) const;
+
+  std::optional<TOdsGraphicStyle> TryGetGraphicStyle(std::string_view AName, TOdsFamily AFamily = ofGraphic) const;
+
+  bool Has(TOdsFamily AFamily, std::string_view AName) const;
+
+  /// What the style, or the nearest of those that it inherits from, says; empty when none does.
+  std::string_view Property(TOdsFamily AFamily, std::string_view AName, TOdsGroup AGroup,
+                            std::string_view AProperty) const;
+
+  /// Conditions of cell styles, which mean conditional formats.
+  size_t ConditionCount() const { return FConditions; }
+
+ private:
+  struct TProperty {
+    std::string Name;  // local
+    std::string Value;
+  };
+  struct TProperties {
+    std::vector<TProperty> Items;
+    std::string_view Find(std::string_view AName) const;
+  };
+  struct TStyle {
+    std::string Parent;
+    std::string DataStyle;
+    TProperties Groups[static_cast<size_t>(ogCount)];
+    std::optional<TCellFormat> Format;  // of a cell style, once it was asked for
+    bool IsResolving = false;
+
+    const TProperties& Group(TOdsGroup AGroup) const { return Groups[static_cast<size_t>(AGroup)]; }
+  };
+  struct TCondition {
+    std::string Text;
+    std::string DataStyle;
+  };
+  struct TNumberStyle {
+    std::u16string Code;
+    bool IsText = false;
+    std::vector<TCondition> Conditions;
+  };
+  struct TFontFace {
+    std::string Family;
+    std::string Generic;
+  };
+  using TStyles = TOdsByName<TStyle>;
+
+  TStyles& Styles(TOdsFamily AFamily) { return FStyles[static_cast<size_t>(AFamily)]; }
+  const TStyles& Styles(TOdsFamily AFamily) const { return FStyles[static_cast<size_t>(AFamily)]; }
+  const TStyle* Find(TOdsFamily AFamily, std::string_view AName) const;
+
+  void ReadFontFace(const TXmlNode* ANode);
+  void ReadStyle(const TXmlNode* ANode, bool AIsDefault);
+  void ReadNumberStyle(const TXmlNode* ANode);
+  const TCellFormat& Resolve(TStyle& AStyle);
+  void Apply(const TStyle& AStyle, TCellFormat& AFormat) const;
+  void ApplyFont(const TProperties& AText, TCellFontInfo& AFont) const;
+  static void ApplyParagraph(const TProperties& AParagraph, TCellAlignmentInfo& AAlignment);
+  static void ApplyCell(const TProperties& ACell, TCellFormat& AFormat);
+  void ApplyFontName(const TProperties& AText, TCellFontInfo& AFont) const;
+
+  const TReadLimits FLimits;
+  const TOdsFontInstalled FFontInstalled;
+  TStyles FStyles[static_cast<size_t>(ofCount)];
+  TStyle FCellDefaults;  // what all cell styles begin with
+  TOdsByName<TNumberStyle> FNumberStyles;
+  TOdsByName<TFontFace> FFontFaces;
+  size_t FConditions = 0;
+};
+
+/// The part of a border attribute of one side: "0.05cm dashed #ff0000" in any order.
+TBorderSide OdsParseBorderSide(std::string_view AText);
+
+}  // namespace tessarine::detail

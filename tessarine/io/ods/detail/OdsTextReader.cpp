@@ -1,0 +1,158 @@
+#include <tessarine/io/ods/detail/OdsTextReader.h>
+
+#include <algorithm>
+
+#include <tessarine/io/ods/detail/OdsReadContext.h>
+#include <tessarine/io/xlsx/detail/XlsxBudget.h>
+#include <tessarine/platform/Numbers.h>
+#include <tessarine/platform/Xml.h>
+
+namespace tessarine::detail {
+
+namespace {
+
+constexpr std::string_view kLineBreak = "\r\n";
+constexpr int32_t kMaxBlanks = 65'535;  // of one element
+
+bool IsLayoutUnit(char AUnit) { return AUnit == '\n' || AUnit == '\r' || AUnit == '\t'; }
+
+}  // namespace
+
+void TOdsTextReader::Clear() {
+  FText.clear();
+  FLink.clear();
+  FHasParagraphs = false;
+  FRuns.clear();
+  FStyles.clear();
+}
+
+void TOdsTextReader::BeginParagraph() {
+  if (FHasParagraphs) FText += kLineBreak;
+  FHasParagraphs = true;
+  FParagraphStart = FText.size();
+  FEndsInLayout = false;
+}
+
+void TOdsTextReader::EndParagraph() {
+  if (FEndsInLayout && FText.size() > FParagraphStart) FText.pop_back();
+}
+
+void TOdsTextReader::AddPlainParagraph(std::string_view AText) {
+  BeginParagraph();
+  FOpen.assign(1, -1);
+  Append(AText);
+  EndParagraph();
+}
+
+void TOdsTextReader::AddParagraph(TXmlReader& AReader) {
+  BeginParagraph();
+  FOpen.assign(1, -1);
+  while (!FOpen.empty()) {
+    const TXmlEvent event = AReader.Next();
+    if (event == xeEnd) break;
+    if (event == xeText) Append(AReader.Text());
+    if (event == xeEndElement) FOpen.pop_back();
+    if (event == xeStartElement && !OpenElement(AReader)) AReader.SkipElement();
+  }
+  EndParagraph();
+}
+
+/// True when the element's content belongs to the text.
+bool TOdsTextReader::OpenElement(TXmlReader& AReader) {
+  if (AReader.LocalNameIs("s")) {
+    AppendBlanks(AReader);
+    return false;
+  }
+  if (AReader.LocalNameIs("tab") || AReader.LocalNameIs("line-break")) {
+    BeginRun();
+    FText += AReader.LocalNameIs("tab") ? "\t" : kLineBreak;
+    FEndsInLayout = false;
+    return false;
+  }
+  if (AReader.LocalNameIs("annotation") || AReader.LocalNameIs("note")) return false;
+  int32_t style = FOpen.back();
+  if (AReader.LocalNameIs("span")) {
+    const std::string_view name = AReader.FindAttribute("style-name").value_or(std::string_view());
+    if (!name.empty()) style = StyleId(name);
+  } else if (AReader.LocalNameIs("a") && FLink.empty()) {
+    FLink = AReader.FindAttribute("href").value_or(std::string_view());
+  }
+  FOpen.push_back(style);
+  return true;
+}
+
+int32_t TOdsTextReader::StyleId(std::string_view AName) {
+  const auto found = std::find(FStyles.rbegin(), FStyles.rend(), AName);
+  if (found != FStyles.rend()) return static_cast<int32_t>(FStyles.rend() - found) - 1;
+  // A cell with so many styles is no longer told apart by a search.
+  constexpr size_t kMostStyles = 256;
+  if (FStyles.size() == kMostStyles) return static_cast<int32_t>(kMostStyles) - 1;
+  FStyles.emplace_back(AName);
+  return static_cast<int32_t>(FStyles.size()) - 1;
+}
+
+void TOdsTextReader::AppendBlanks(TXmlReader& AReader) {
+  int32_t count = 1;
+  if (!TryParseInt32(AReader.FindAttribute("c").value_or("1"), count)) count = 1;
+  const auto blanks = static_cast<size_t>(std::clamp(count, 1, kMaxBlanks));
+  TXlsxBudget::Take(
+      FContext.Budget.Blanks, blanks, [&] { return AReader.PartName(); }, "the repeated blanks");
+  BeginRun();
+  FText.append(blanks, ' ');
+  FEndsInLayout = false;
+}
+
+void TOdsTextReader::BeginRun() {
+  if (FRuns.empty() ? FOpen.back() >= 0 : FRuns.back().Style != FOpen.back()) {
+    if (FRuns.empty() && !FText.empty()) FRuns.push_back({0, -1});
+    FRuns.push_back({FText.size(), FOpen.back()});
+  }
+}
+
+void TOdsTextReader::Append(std::string_view AText) {
+  if (AText.empty()) return;
+  BeginRun();
+  if (std::none_of(AText.begin(), AText.end(), IsLayoutUnit)) {
+    FText += AText;
+    FEndsInLayout = false;
+    return;
+  }
+  for (size_t at = 0; at < AText.size();) {
+    const size_t blanks = std::min(AText.find_first_not_of(" \t\r\n", at), AText.size());
+    const std::string_view gap = AText.substr(at, blanks - at);
+    if (std::none_of(gap.begin(), gap.end(), IsLayoutUnit)) {
+      FText += gap;
+    } else if (FText.size() > FParagraphStart && !FEndsInLayout) {
+      FText += ' ';
+      FEndsInLayout = true;
+    }
+    const size_t end = std::min(AText.find_first_of(" \t\r\n", blanks), AText.size());
+    if (end > blanks) {
+      FText += AText.substr(blanks, end - blanks);
+      FEndsInLayout = false;
+    }
+    at = end;
+  }
+}
+
+TRichTextRuns TOdsTextReader::Runs(const TCellFontInfo& ACellFont) const {
+  TRichTextRuns runs;
+  for (size_t index = 0; index < FRuns.size(); ++index) {
+    const size_t start = std::min(FRuns[index].Start, FText.size());
+    const size_t end = std::min(index + 1 < FRuns.size() ? FRuns[index + 1].Start : FText.size(), FText.size());
+    if (start >= end) continue;
+    TCellFontInfo font = ACellFont;
+    if (FRuns[index].Style >= 0)
+      font = FContext.Styles.GetTextFont(FStyles[static_cast<size_t>(FRuns[index].Style)], ACellFont);
+    const TText text = TText::FromUtf8(std::string_view(FText).substr(start, end - start));
+    if (!runs.empty() && runs.back().Font == font) {
+      runs.back().Text = TText(runs.back().Text.ToString() += text.View());
+    } else {
+      runs.push_back({text, std::move(font)});
+    }
+  }
+  const bool isPlain = runs.empty() || (runs.size() == 1 && runs.front().Font == ACellFont);
+  return isPlain ? TRichTextRuns() : runs;
+}
+
+}  // namespace tessarine::detail
