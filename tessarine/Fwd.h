@@ -120,6 +120,16 @@ class ITessarineTranslateProvider;
 struct TProviderBlock;
 struct TStockHistoryBar;
 
+// Writing documents from host programs
+class TAuthoringSheet;
+class TAuthoringWorkbook;
+class TRichFlags;
+class TSheetCellRef;
+class TSheetRangeRef;
+class TSheetValue;
+class TWorkbookNamesFacade;
+class TWorkbookStylesFacade;
+
 // Formulas
 class TAstNode;
 class ILambdaClosure;
@@ -143,12 +153,17 @@ struct TRtdTopicKey;
 // Files
 class TCsvIO;
 class TSharedStringTable;
+class TTsrIO;
 class TXlsxReader;
+class TXlsxWriter;
 struct TCsvExportOptions;
 struct TCsvImportOptions;
 struct TRichStringRun;
 struct TSharedStringItem;
+struct TTsrReadOptions;
+struct TTsrWriteOptions;
 struct TXlsxReadOptions;
+struct TXlsxWriteOptions;
 
 // Platform
 class EArgument;

@@ -6,6 +6,14 @@
 #include <tessarine/Export.h>
 #include <tessarine/Fwd.h>
 #include <tessarine/Version.h>
+#include <tessarine/api/AuthoringSheet.h>
+#include <tessarine/api/AuthoringWorkbook.h>
+#include <tessarine/api/CellProperties.h>
+#include <tessarine/api/SheetCell.h>
+#include <tessarine/api/SheetDrawings.h>
+#include <tessarine/api/SheetFormats.h>
+#include <tessarine/api/SheetRange.h>
+#include <tessarine/api/SheetValue.h>
 #include <tessarine/core/format/CellFormat.h>
 #include <tessarine/core/format/NumberFormat.h>
 #include <tessarine/core/format/StyleSheet.h>
@@ -42,6 +50,7 @@
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/core/undo/CellCommands.h>
 #include <tessarine/core/undo/DrawingCommands.h>
+#include <tessarine/core/undo/StructureCommands.h>
 #include <tessarine/core/undo/UndoManager.h>
 #include <tessarine/core/values/Address.h>
 #include <tessarine/core/values/CellValue.h>
@@ -51,6 +60,10 @@
 #include <tessarine/features/ChartData.h>
 #include <tessarine/features/Fill.h>
 #include <tessarine/features/Sorting.h>
+#include <tessarine/features/pivot/PivotCharts.h>
+#include <tessarine/features/pivot/PivotCommands.h>
+#include <tessarine/features/pivot/PivotEngine.h>
+#include <tessarine/features/pivot/PivotFunctions.h>
 #include <tessarine/formula/DependencyGraph.h>
 #include <tessarine/formula/Evaluator.h>
 #include <tessarine/formula/FormulaAssist.h>
@@ -59,9 +72,12 @@
 #include <tessarine/formula/PivotData.h>
 #include <tessarine/formula/RtdHub.h>
 #include <tessarine/formula/StockHistory.h>
+#include <tessarine/io/FileReport.h>
 #include <tessarine/io/csv/Csv.h>
+#include <tessarine/io/native/Native.h>
 #include <tessarine/io/xlsx/SharedStrings.h>
 #include <tessarine/io/xlsx/XlsxReader.h>
+#include <tessarine/io/xlsx/XlsxWriter.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Files.h>
 #include <tessarine/platform/Http.h>

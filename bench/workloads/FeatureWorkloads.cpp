@@ -2,7 +2,9 @@
 #include <string>
 #include <vector>
 
+#include <tessarine/core/format/StyleSheet.h>
 #include <tessarine/core/lists/AutoFilter.h>
+#include <tessarine/core/lists/ConditionalFormats.h>
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
@@ -65,6 +67,49 @@ void MeasureAutoFilter(TRun& ARun) {
   int32_t shown = 0;
   for (int32_t row = 2; row <= rows + 1; ++row) shown += sheet.Sizing().IsRowHidden(row) ? 0 : 1;
   ARun.Results.push_back({"apply", rows, time, {}, PeakMegabytes(), shown == expected});
+}
+
+void MeasureConditionalFormats(TRun& ARun) {
+  constexpr int32_t kCols = 10;
+  constexpr int32_t kRules = 200;
+  const int32_t rows = ARun.Rows(100000);
+  TWorkbook book;
+  TWorksheet& sheet = *book.GetSheet(0);
+  const auto numberAt = [](int32_t ACol, int32_t ARow) {
+    return Hash(static_cast<uint32_t>(ARow), static_cast<uint32_t>(ACol)) % 1000;
+  };
+  for (int32_t row = 1; row <= rows; ++row)
+    for (int32_t col = 1; col <= kCols; ++col) sheet.SetValue({col, row}, TCellValue::FromNumber(numberAt(col, row)));
+  for (int32_t i = 0; i < kRules; ++i) {
+    const int32_t first = i % kCols + 1;
+    TConditionalFormatRule rule;
+    rule.Ranges = {{first, 1 + i, std::min(kCols, first + 3), rows}};
+    rule.Operator = i % 2 == 0 ? cfoGreaterThan : cfoBetween;
+    rule.Formula1 = TCellValue::FromNumber(i * 5).ToDisplayString();
+    rule.Formula2 = TCellValue::FromNumber(i * 5 + 50).ToDisplayString();
+    rule.HasFill = true;
+    rule.Fill = TCellFillInfo::Solid(TColorRef::FromARGB(kOpaqueBlack | static_cast<uint32_t>(i)));
+    sheet.ConditionalFormats().AddRule(std::move(rule));
+  }
+  const int32_t top = rows / 2;
+  const int32_t bottom = top + 5000 / kCols - 1;
+  uint64_t colors = 0;
+  const double time = MedianMilliseconds([&] {
+    colors = 0;
+    for (int32_t row = top; row <= bottom; ++row)
+      for (int32_t col = 1; col <= kCols; ++col)
+        colors += sheet.ResolveFormat({col, row}, &book.StyleSheet()).Fill.ForegroundColor.ARGB;
+  });
+  uint64_t expected = 0;
+  for (int32_t row = top; row <= bottom; ++row) {
+    for (int32_t col = 1; col <= kCols; ++col) {
+      TCellFormat format = book.StyleSheet().GetCellXf(0);
+      const double number = numberAt(col, row);
+      sheet.ConditionalFormats().EvaluatePlain(col, row, {}, true, number, format);
+      expected += format.Fill.ForegroundColor.ARGB;
+    }
+  }
+  ARun.Results.push_back({"visible", 5000, time, {}, PeakMegabytes(), colors == expected});
 }
 
 void MeasureSort(TRun& ARun) {
