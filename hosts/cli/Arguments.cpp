@@ -9,6 +9,8 @@
 #include <CLI/Formatter.hpp>
 
 #include <hosts/cli/Cli.h>
+#include <hosts/cli/EditScript.h>
+#include <hosts/cli/FileFormats.h>
 #include <tessarine/Version.h>
 
 namespace tessarine::cli {
@@ -25,6 +27,9 @@ Examples:
   tessarine eval budget.xlsx "=SUM(B:B)"           formulas on a workbook
   tessarine recalc budget.xlsx -o budget.csv       compute anew and save
   tessarine convert data.xlsx -                    to standard output
+  tessarine edit budget.xlsx --script edits.jsonl -o new.xlsx
+  tessarine pivot sales.xlsx --source A1:F5000 --rows Region --values Amount:sum -o report.xlsx
+  tessarine diff old.xlsx new.xlsx                 what differs between two workbooks
   tessarine functions                              what formulas may call
 
 )TEXT";
@@ -36,8 +41,8 @@ struct TCommandText {
   const char* Examples;
 };
 
-constexpr std::array<TCommandText, 7> kCommands = {{
-    {cmInfo, "info", "Sheets, used ranges, counts of cells, formulas and errors, names, tables",
+constexpr std::array<TCommandText, 12> kCommands = {{
+    {cmInfo, "info", "Sheets, used ranges, counts of cells, formulas and errors, and all that lives on the sheets",
      "  tessarine info budget.xlsx\n  tessarine info --json budget.xlsx\n"},
     {cmShow, "show", "A sheet as a table, as its formats show it",
      "  tessarine show budget.xlsx\n  tessarine show budget.xlsx --sheet Costs --range A1:H20\n"
@@ -51,6 +56,20 @@ constexpr std::array<TCommandText, 7> kCommands = {{
      "  tessarine recalc budget.xlsx -o budget.csv\n  tessarine recalc budget.xlsx --to csv -o -\n"},
     {cmConvert, "convert", "Save a workbook in another format",
      "  tessarine convert budget.xlsx budget.csv\n  tessarine convert data.csv out.csv --delimiter \";\" --no-bom\n"},
+    {cmEdit, "edit", "Carry out a script of edits, all of them or none, and save the result",
+     "  tessarine edit budget.xlsx --script edits.jsonl -o new.xlsx\n"
+     "  echo '{\"op\":\"set\",\"cell\":\"B2\",\"value\":12}' | tessarine edit budget.xlsx --script - -o new.xlsx\n"},
+    {cmSort, "sort", "Sort the rows of a range and save the result",
+     "  tessarine sort sales.csv --range A1:F5000 --by C --by A:desc --header -o sorted.csv\n"},
+    {cmFilter, "filter", "Set a filter, hide the rows that it rejects, and save the result",
+     "  tessarine filter sales.xlsx --range A1:F5000 --column B --values North --values South -o north.xlsx\n"
+     "  tessarine filter sales.xlsx --range A1:F5000 --column D --contains apple -o apples.xlsx\n"},
+    {cmPivot, "pivot", "Add a pivot table and save the result",
+     "  tessarine pivot sales.csv --source A1:F5000 --rows Region --columns Year --values Amount:sum -o report.xlsx\n"
+     "  tessarine pivot sales.xlsx --source Data!A:F --rows Region --rows City --values Amount:average "
+     "--values Amount:max\n      --filters Year=2024 --dest Report!B3 -o report.xlsx\n"},
+    {cmDiff, "diff", "What differs between two workbooks, a line each",
+     "  tessarine diff old.xlsx new.xlsx\n  tessarine diff old.xlsx new.xlsx --json --max 100\n"},
     {cmFunctions, "functions", "The functions that formulas may call",
      "  tessarine functions\n  tessarine functions --json\n  tessarine functions --markdown > functions.md\n"},
 }};
@@ -60,14 +79,15 @@ Exit codes: 0 done, 1 a negative answer, 2 wrong usage, 3 the input cannot be re
 5 the output cannot be written, 130 interrupted. "-" stands for standard input and output.
 )";
 
+constexpr const char* kInputText = "Workbook (.tsr, .xlsx, .ods, .csv, .tsv, .txt), or - for standard input";
+
 void AddInput(CLI::App& AApp, TArguments& AArguments, bool AIsRequired) {
-  auto* option =
-      AApp.add_option("FILE", AArguments.Input, "Workbook (.xlsx, .csv, .tsv, .txt), or - for standard input");
+  auto* option = AApp.add_option("FILE", AArguments.Input, kInputText);
   if (AIsRequired) option->required();
 }
 
 void AddFrom(CLI::App& AApp, TArguments& AArguments) {
-  AApp.add_option("--from", AArguments.From, "Format of the input when its name does not tell: xlsx, csv");
+  AApp.add_option("--from", AArguments.From, "Format of the input when its name does not tell: " + FormatNames(","));
   AApp.add_option("--decimal", AArguments.Decimal, "Decimal separator of the numbers in a CSV input (.)");
 }
 
@@ -75,8 +95,8 @@ void AddSheet(CLI::App& AApp, TArguments& AArguments) {
   AApp.add_option("-s,--sheet", AArguments.Sheet, "Name of a sheet, or its number from 1");
 }
 
-void AddRange(CLI::App& AApp, TArguments& AArguments) {
-  AApp.add_option("-r,--range", AArguments.Range, "Cells, for example A1:H20, B:D or 2:5");
+CLI::Option* AddRange(CLI::App& AApp, TArguments& AArguments) {
+  return AApp.add_option("-r,--range", AArguments.Range, "Cells, for example A1:H20, B:D or 2:5");
 }
 
 void AddNoRecalc(CLI::App& AApp, TArguments& AArguments) {
@@ -89,11 +109,39 @@ void AddAllowWeb(CLI::App& AApp, TArguments& AArguments) {
 
 void AddOutputOptions(CLI::App& AApp, TArguments& AArguments) {
   AddFrom(AApp, AArguments);
-  AApp.add_option("--to", AArguments.To, "Format of the output when its name does not tell: csv");
+  AApp.add_option("--to", AArguments.To, "Format of the output when its name does not tell: " + FormatNames(","));
   AddSheet(AApp, AArguments);
   AApp.add_option("-d,--delimiter", AArguments.Delimiter, "Between the fields of a CSV output; \"tab\" is one, too");
   AApp.add_flag("--no-bom", AArguments.NoBom, "No byte-order mark at the start of a CSV output");
+  AApp.add_flag("--defuse", AArguments.Defuse,
+                "Put an apostrophe before text of a CSV output that a spreadsheet would take for a formula");
+  AApp.add_flag("--report", AArguments.Report, "Tell what was rewritten or dropped by reading and writing");
+  AApp.add_flag("--json", AArguments.Json, "The report as JSON, an object a line");
   AddAllowWeb(AApp, AArguments);
+}
+
+void AddOutput(CLI::App& AApp, TArguments& AArguments) {
+  AApp.add_option("-o,--output", AArguments.Output, "File to write, or - for standard output")->required();
+  AddOutputOptions(AApp, AArguments);
+}
+
+/// An option that may be given several times, with one value each time.
+CLI::Option* AddList(CLI::App& AApp, const char* AName, std::vector<std::string>& AList, const char* AText) {
+  return AApp.add_option(AName, AList, AText)->allow_extra_args(false);
+}
+
+void AddPivotOptions(CLI::App& AApp, TArguments& AArguments) {
+  AApp.add_option("--source", AArguments.Source, "Records with their headers: A1:F5000, Sales!A:F, or a table's name")
+      ->required();
+  AddList(AApp, "--rows", AArguments.Rows, "Field whose items make the rows; may be repeated, as the next three");
+  AddList(AApp, "--columns", AArguments.Columns, "Field whose items make the columns");
+  AddList(AApp, "--values", AArguments.Values, "Field to aggregate, as FIELD or FIELD:AGGREGATE (sum, count, ...)")
+      ->required();
+  AddList(AApp, "--filters", AArguments.Filters, "Field to filter by, as FIELD, or FIELD=ITEM for an item that stays");
+  AApp.add_option("--dest", AArguments.Dest, "Top left cell: B3, or Report!B3; a new sheet without it");
+  AApp.add_option("--name", AArguments.Name, "Name of the pivot table");
+  AApp.add_option("--layout", AArguments.Layout, "compact, outline or tabular (compact)");
+  AApp.add_flag("--no-totals", AArguments.NoTotals, "No grand totals");
 }
 
 void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
@@ -134,15 +182,57 @@ void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
       return;
     case cmRecalc:
       AddInput(AApp, AArguments, true);
-      AApp.add_option("-o,--output", AArguments.Output, "File to write, or - for standard output")->required();
-      AddOutputOptions(AApp, AArguments);
+      AddOutput(AApp, AArguments);
       return;
     case cmConvert:
-      AApp.add_option("IN", AArguments.Input, "Workbook (.xlsx, .csv, .tsv, .txt), or - for standard input")
-          ->required();
+      AApp.add_option("IN", AArguments.Input, kInputText)->required();
       AApp.add_option("OUT", AArguments.Output, "File to write, or - for standard output")->required();
       AddOutputOptions(AApp, AArguments);
       AddNoRecalc(AApp, AArguments);
+      return;
+    case cmEdit:
+      AddInput(AApp, AArguments, true);
+      AApp.add_option("--script", AArguments.Script, "File of edits, a JSON object a line, or - for standard input")
+          ->required();
+      AddOutput(AApp, AArguments);
+      AddNoRecalc(AApp, AArguments);
+      AApp.footer(EditScriptHelp());
+      return;
+    case cmSort:
+      AddInput(AApp, AArguments, true);
+      AddRange(AApp, AArguments)->required();
+      AddList(AApp, "--by", AArguments.By,
+              "Column to sort by, as C or C:desc; may be repeated, the first one counts most")
+          ->required();
+      AApp.add_flag("--header", AArguments.Header, "The first row of the range is a header and stays");
+      AddOutput(AApp, AArguments);
+      AddNoRecalc(AApp, AArguments);
+      return;
+    case cmFilter:
+      AddInput(AApp, AArguments, true);
+      AddRange(AApp, AArguments)->required();
+      AApp.add_option("--column", AArguments.Column, "Column to filter by: its letters")->required();
+      AddList(AApp, "--values", AArguments.Values, "Text that stays, as the cells show it; may be repeated");
+      AApp.add_option("--contains", AArguments.Contains, "Piece of text; rows that show it stay")->excludes("--values");
+      AApp.add_flag("--match-case", AArguments.MatchCase, "--contains minds upper and lower case");
+      AddOutput(AApp, AArguments);
+      AddNoRecalc(AApp, AArguments);
+      return;
+    case cmPivot:
+      AddInput(AApp, AArguments, true);
+      AddPivotOptions(AApp, AArguments);
+      AddOutput(AApp, AArguments);
+      AddNoRecalc(AApp, AArguments);
+      return;
+    case cmDiff:
+      AApp.add_option("A", AArguments.Input, kInputText)->required();
+      AApp.add_option("B", AArguments.Other, "Workbook to compare it with")->required();
+      AApp.add_flag("--json", AArguments.Json, "One JSON object a line");
+      AApp.add_option("--max", AArguments.Max, "The most differences to tell; the summary counts all")
+          ->check(CLI::NonNegativeNumber);
+      AddNoRecalc(AApp, AArguments);
+      AddAllowWeb(AApp, AArguments);
+      AddFrom(AApp, AArguments);
       return;
     case cmFunctions:
       AApp.add_flag("--markdown", AArguments.Markdown, "A document of all functions by family")

@@ -1,6 +1,7 @@
 #include <hosts/cli/Arguments.h>
 #include <hosts/cli/CellJson.h>
 #include <hosts/cli/Commands.h>
+#include <hosts/cli/Ranges.h>
 #include <hosts/cli/Session.h>
 #include <tessarine/core/format/StyleSheet.h>
 #include <tessarine/core/lists/SpillMap.h>

@@ -21,6 +21,11 @@ int RunCommand(const TArguments& AArguments, TSession& ASession) {
     case cmEval: return RunEval(AArguments, ASession);
     case cmRecalc: return RunRecalc(AArguments, ASession);
     case cmConvert: return RunConvert(AArguments, ASession);
+    case cmEdit: return RunEdit(AArguments, ASession);
+    case cmSort: return RunSort(AArguments, ASession);
+    case cmFilter: return RunFilter(AArguments, ASession);
+    case cmPivot: return RunPivot(AArguments, ASession);
+    case cmDiff: return RunDiff(AArguments, ASession);
     case cmFunctions: return RunFunctions(AArguments, ASession);
   }
   return ecUsage;

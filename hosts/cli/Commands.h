@@ -12,6 +12,11 @@ int RunCells(const TArguments& AArguments, TSession& ASession);
 int RunEval(const TArguments& AArguments, TSession& ASession);
 int RunRecalc(const TArguments& AArguments, TSession& ASession);
 int RunConvert(const TArguments& AArguments, TSession& ASession);
+int RunEdit(const TArguments& AArguments, TSession& ASession);
+int RunSort(const TArguments& AArguments, TSession& ASession);
+int RunFilter(const TArguments& AArguments, TSession& ASession);
+int RunPivot(const TArguments& AArguments, TSession& ASession);
+int RunDiff(const TArguments& AArguments, TSession& ASession);
 int RunFunctions(const TArguments& AArguments, TSession& ASession);
 
 }  // namespace tessarine::cli

@@ -5,6 +5,7 @@
 #include <hosts/cli/Arguments.h>
 #include <hosts/cli/CellJson.h>
 #include <hosts/cli/Commands.h>
+#include <hosts/cli/Ranges.h>
 #include <hosts/cli/Session.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>

@@ -1,7 +1,11 @@
+#include <map>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <hosts/cli/Arguments.h>
 #include <hosts/cli/Commands.h>
+#include <hosts/cli/Features.h>
 #include <hosts/cli/Session.h>
 #include <hosts/cli/Table.h>
 #include <tessarine/core/lists/MergedCells.h>
@@ -22,10 +26,11 @@ struct TSheetFacts {
   size_t Cells = 0;
   size_t Formulas = 0;
   size_t Errors = 0;
+  std::vector<TFeature> Features;
 };
 
-TSheetFacts FactsOf(const TWorksheet& ASheet) {
-  TSheetFacts facts{.Sheet = &ASheet, .Used = {}};
+TSheetFacts FactsOf(const TWorkbook& AWorkbook, const TWorksheet& ASheet) {
+  TSheetFacts facts{.Sheet = &ASheet, .Used = {}, .Features = FeaturesOf(AWorkbook, ASheet)};
   const detail::TCellStore& store = ASheet.Store();
   store.ForEachByColumn([&](int32_t, int32_t, const detail::TCellSlot& ASlot) {
     if (ASlot.Kind != cvkEmpty) ++facts.Cells;
@@ -46,14 +51,6 @@ const char* VisibilityName(const TWorksheet& ASheet) {
   return "visible";
 }
 
-/// Whether some formula has no result, as in a file that no program has computed.
-bool LacksResults(const TWorkbook& AWorkbook) {
-  for (int32_t i = 0; i < AWorkbook.SheetCount(); ++i) {
-    if (AWorkbook.GetSheet(i)->Store().UncachedCount() > 0) return true;
-  }
-  return false;
-}
-
 // ---- as a text
 
 void PutSheetTable(const std::vector<TSheetFacts>& ASheets, std::string& AOut) {
@@ -72,29 +69,60 @@ void PutSheetTable(const std::vector<TSheetFacts>& ASheets, std::string& AOut) {
   table.Append(AOut);
 }
 
+constexpr size_t kMostOfKind = 20;   // features of one kind and sheet that are listed
+constexpr size_t kMostContent = 80;  // bytes
+
+std::string Shortened(const std::string& AText) {
+  if (AText.size() <= kMostContent) return AText;
+  size_t end = kMostContent;
+  while (end > 0 && (static_cast<unsigned char>(AText[end]) & 0xC0) == 0x80) --end;
+  return AText.substr(0, end) + "...";
+}
+
+/// The first features of each kind, and how many more there are.
+void PutFeatures(const std::string& ASheet, const std::vector<TFeature>& AFeatures, TTextTable& ATable) {
+  std::map<std::string, size_t> counts;
+  for (const TFeature& feature : AFeatures) ++counts[feature.Kind];
+  std::map<std::string, size_t> listed;
+  for (const TFeature& feature : AFeatures) {
+    const size_t number = ++listed[feature.Kind];
+    if (number <= kMostOfKind) ATable.AddRow({feature.Kind, ASheet, feature.Name, Shortened(feature.Text)});
+    if (number != kMostOfKind || counts[feature.Kind] == number) continue;
+    ATable.AddRow(
+        {feature.Kind, ASheet, "...", std::to_string(counts[feature.Kind] - number) + " more; --json lists all"});
+  }
+}
+
 void PutText(const TArguments& AArguments, TSession& ASession, const std::vector<TSheetFacts>& ASheets) {
   std::string& out = ASession.Out();
   const std::string count = std::to_string(ASheets.size()) + (ASheets.size() == 1 ? " sheet" : " sheets");
   out += (AArguments.Input == "-" ? "standard input" : AArguments.Input) + ": " + ASession.FormatName() + ", " + count +
          "\n\n";
   PutSheetTable(ASheets, out);
-  TTextTable tables({{"Table", alLeft}, {"Place", alLeft}});
-  for (const TSheetFacts& facts : ASheets) {
-    for (const auto& item : facts.Sheet->Tables())
-      tables.AddRow(
-          {item->DisplayName().ToUtf8(), facts.Sheet->Name().ToUtf8() + "!" + Utf16ToUtf8(item->Ref().ToA1())});
-  }
-  TTextTable names({{"Name", alLeft}, {"Formula", alLeft}});
-  for (const TText& name : ASession.Workbook().NamedFormulaNames())
-    names.AddRow({name.ToUtf8(), ASession.Workbook().FindNamedFormula(name)->ToUtf8()});
-  for (const TTextTable* table : {&tables, &names}) {
-    if (table->RowCount() == 0) continue;
-    out += '\n';
-    table->Append(out);
-  }
+  TTextTable table({{"What", alLeft}, {"Sheet", alLeft}, {"Name or place", alLeft}, {"Content", alLeft}});
+  PutFeatures("", FeaturesOf(ASession.Workbook()), table);
+  for (const TSheetFacts& facts : ASheets) PutFeatures(facts.Sheet->Name().ToUtf8(), facts.Features, table);
+  if (table.RowCount() == 0) return;
+  out += '\n';
+  table.Append(out);
 }
 
 // ---- as JSON
+
+void PutFeaturesJson(TJsonWriter& AJson, const std::vector<TFeature>& AFeatures) {
+  AJson.BeginArray();
+  for (const TFeature& feature : AFeatures) {
+    const std::pair<const char*, const std::string&> texts[] = {
+        {"kind", feature.Kind}, {"name", feature.Name}, {"content", feature.Text}};
+    AJson.BeginObject();
+    for (const auto& [name, text] : texts) {
+      AJson.Name(name);
+      AJson.Text(std::string_view(text));
+    }
+    AJson.EndObject();
+  }
+  AJson.EndArray();
+}
 
 void PutSheetJson(TJsonWriter& AJson, const TSheetFacts& AFacts) {
   AJson.BeginObject();
@@ -127,6 +155,8 @@ void PutSheetJson(TJsonWriter& AJson, const TSheetFacts& AFacts) {
     AJson.EndObject();
   }
   AJson.EndArray();
+  AJson.Name("objects");
+  PutFeaturesJson(AJson, AFacts.Features);
   AJson.EndObject();
 }
 
@@ -152,6 +182,8 @@ void PutJson(const TArguments& AArguments, TSession& ASession, const std::vector
     json.EndObject();
   }
   json.EndArray();
+  json.Name("objects");
+  PutFeaturesJson(json, FeaturesOf(ASession.Workbook()));
   json.EndObject();
   ASession.Out() += '\n';
 }
@@ -162,10 +194,10 @@ int RunInfo(const TArguments& AArguments, TSession& ASession) {
   TArguments withoutRecalculation = AArguments;
   withoutRecalculation.NoRecalc = true;
   ASession.Load(withoutRecalculation);
-  if (!AArguments.NoRecalc && LacksResults(ASession.Workbook())) ASession.Recalculate();
+  if (!AArguments.NoRecalc && ASession.LacksResults()) ASession.Recalculate();
   std::vector<TSheetFacts> sheets;
   for (int32_t i = 0; i < ASession.Workbook().SheetCount(); ++i)
-    sheets.push_back(FactsOf(*ASession.Workbook().GetSheet(i)));
+    sheets.push_back(FactsOf(ASession.Workbook(), *ASession.Workbook().GetSheet(i)));
   (AArguments.Json ? PutJson : PutText)(AArguments, ASession, sheets);
   return ecDone;
 }

@@ -6,9 +6,10 @@
 #include <string_view>
 
 #include <hosts/cli/Cli.h>
+#include <hosts/cli/FileFormats.h>
 #include <hosts/cli/ProgressLine.h>
-#include <tessarine/core/values/Address.h>
 #include <tessarine/core/values/CellValue.h>
+#include <tessarine/io/FileReport.h>
 #include <tessarine/platform/Progress.h>
 
 namespace tessarine {
@@ -37,6 +38,8 @@ class TSession {
   /// a stop.
   void Load(const TArguments& AArguments);
   void Recalculate();
+  /// Whether some formula has no result, as in a file that no program has computed.
+  bool LacksResults() const;
 
   TWorkbook& Workbook() { return *FWorkbook; }
   TFormulaEvaluator& Evaluator() { return *FEvaluator; }
@@ -45,6 +48,11 @@ class TSession {
 
   /// The sheet of the arguments, or the active one. Throws ECli when there is no such sheet.
   int32_t SheetIndex(const TArguments& AArguments) const;
+  /// The sheet of a name or of a number from 1. Throws ECli when there is none.
+  int32_t SheetIndexOf(const std::string& ASheet) const;
+
+  /// What reading and writing made of the workbook; filled in any case.
+  TFileReport& Report() { return FReport; }
 
   // ---- output
   const TTerminal& Terminal() const { return FStreams.Terminal; }
@@ -53,6 +61,9 @@ class TSession {
   void Drain();
   void Flush();
   IWriteStream& OutputStream() { return FStreams.Out; }
+  /// Writes a text for the person, apart from the results.
+  void Tell(std::string_view AText);
+  TCliStreams& Streams() { return FStreams; }
 
   const TWorkControl& Control() const { return FControl; }
   /// All of a file, "-" being standard input. Throws ECli.
@@ -67,16 +78,8 @@ class TSession {
   std::unique_ptr<TWorkbook> FWorkbook;
   std::unique_ptr<TFormulaEvaluator> FEvaluator;
   std::string FFormatName;
+  TFileReport FReport;
   std::string FOut;
 };
-
-/// The format that a file's name stands for; other text files (.txt, .tsv, .tab) are read as CSV is.
-TTessarineFileFormat FormatOfFile(const std::string& AFileName);
-
-/// A range such as "B2:D10", "C3", "B:D" (whole columns) or "2:5" (whole rows); throws ECli for what is none.
-TCellRange ParseRange(const std::string& AText);
-
-/// A cell such as "B2"; throws ECli for what is none.
-TCellAddress ParseCell(const std::string& AText);
 
 }  // namespace tessarine::cli

@@ -2,6 +2,7 @@
 
 #include <hosts/cli/Arguments.h>
 #include <hosts/cli/Commands.h>
+#include <hosts/cli/Ranges.h>
 #include <hosts/cli/Session.h>
 #include <hosts/cli/Table.h>
 #include <tessarine/core/format/NumberFormat.h>

@@ -124,11 +124,14 @@ TEST_F(CliCommands, InfoTellsWhatTheWorkbookHolds) {
   EXPECT_EQ(info["format"], "XLSX");
   ASSERT_EQ(info["sheets"].size(), 2u);
   EXPECT_EQ(info["sheets"][0], json::parse(R"J({"name":"Data","visibility":"visible","used":"A1:B5","cells":8,
-      "formulas":3,"errors":1,"merges":1,"tables":[]})J"));
+      "formulas":3,"errors":1,"merges":1,"tables":[],
+      "objects":[{"kind":"merged area","name":"A1:B1","content":""}]})J"));
   EXPECT_EQ(info["sheets"][1]["visibility"], "hidden");
   EXPECT_EQ(info["names"], json::parse(R"J([{"name":"TOTAL","formula":"=SUM(Data!$B$2:$B$3)"
 }])J"));
+  EXPECT_EQ(info["objects"][0]["kind"], "name");
   const std::string text = RunLine({"info", Sample}).Out;
+  EXPECT_NE(text.find("\nmerged area  Data   A1:B1"), std::string::npos) << text;
   EXPECT_NE(text.find("XLSX, 2 sheets"), std::string::npos);
   EXPECT_NE(text.find("Data   A1:B5      8         3       1\n"), std::string::npos) << text;
   EXPECT_NE(RunLine({"info", "-"}, "").Out.find("standard input: CSV, 1 sheet\n"), std::string::npos);

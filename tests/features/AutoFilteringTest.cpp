@@ -89,6 +89,20 @@ TEST(AutoFiltering, LeavesRowsOutsideTheSheetAlone) {
   }
 }
 
+TEST(AutoFiltering, ColumnsOutsideTheSheetShowNothing) {
+  TSheetFixture book;
+  TSheetAutoFilter& filter = book.Sheet().AutoFilter();
+  filter.Enable({1, 1, kMaxCol + 9, kMaxRow});
+  const std::vector<TText> many(20000, u"x");  // row by row this would take minutes
+  for (const bool takesBlanks : {false, true}) {
+    std::vector<TText> values = many;
+    if (takesBlanks) values.push_back({});
+    filter.SetColumnValues(kMaxCol + 1, values, false);
+    ApplyAutoFilter(book.Sheet(), nullptr);
+    for (const int32_t row : {2, 700, kMaxRow}) EXPECT_EQ(book.Sheet().Sizing().IsRowHidden(row), !takesBlanks) << row;
+  }
+}
+
 /// A sheet of anything that shows a text, with some texts spelled in several ways.
 void FillAtRandom(TSheetFixture& ABook, std::mt19937& ARandom) {
   const char16_t* const codes[] = {u"0.0", u"#,##0", u"[>2]\"big\";0"};
