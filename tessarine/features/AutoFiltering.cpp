@@ -102,8 +102,11 @@ void ApplyAutoFilter(TWorksheet& ASheet, const TTessarineStyleSheet* AStyleSheet
   detail::TRowMarks kept(rows->First, rows->Last);
   for (const auto& [col, column] : filter.Columns()) {
     if (!IsInForce(filter, column)) continue;
-    if (!IsColumnOfSheet(col)) return ApplyAutoFilterPlain(ASheet, AStyleSheet);
     const TCriterion criterion(column);
+    if (!IsColumnOfSheet(col)) {  // shows nothing in any row
+      if (!criterion({})) kept.DropAll();
+      continue;
+    }
     detail::TShownColumn<const TCriterion>(ASheet, AStyleSheet, col, criterion).Judge(kept);
   }
   for (int32_t row = rows->First; row <= rows->Last; ++row) ASheet.Sizing().SetRowHidden(row, !kept.Has(row));

@@ -20,6 +20,8 @@ namespace {
 
 /// A name may stand for a name; a circle of them ends here.
 constexpr int kMaxNameDepth = 8;
+/// All arrays of a chart together.
+constexpr int64_t kMaxCellsOfChart = int64_t{kMaxChartPoints} * 16;
 
 struct TArea {
   const TWorksheet* Sheet;
@@ -30,6 +32,9 @@ struct TArea {
 class TAreaReader {
  public:
   TAreaReader(const TWorkbook& AWorkbook, const TWorksheet& ASheet) : FWorkbook(AWorkbook), FSheet(ASheet) {}
+
+  /// The cells of what was read last; an area without used cells counts as one.
+  int64_t CellCount() const { return FCells; }
 
   /// Nothing unless the whole text is references separated by commas.
   std::optional<std::vector<TArea>> Read(std::u16string_view AFormula) {
@@ -74,7 +79,9 @@ class TAreaReader {
     if (ARange.StartCol < 1 || ARange.StartRow < 1 || ARange.EndCol > kMaxCol || ARange.EndRow > kMaxRow) return false;
     if (ARange.Height() == kMaxRow) ARange.EndRow = ASheet.UsedMaxRow();
     if (ARange.Width() == kMaxCol) ARange.EndCol = ASheet.UsedMaxCol();
-    FCells += int64_t{ARange.Width()} * ARange.Height();
+    const int64_t cells =
+        (int64_t{ARange.EndCol} - ARange.StartCol + 1) * (int64_t{ARange.EndRow} - ARange.StartRow + 1);
+    FCells += std::max<int64_t>(cells, 1);
     if (FCells > kMaxChartPoints) return false;
     FAreas.push_back({&ASheet, ARange});
     return true;
@@ -119,7 +126,8 @@ class TSeriesReader {
   template <class TVisit>
   bool ForEachCell(const TText& AFormula, TVisit&& AVisit) {
     const auto areas = AFormula.IsEmpty() ? std::nullopt : FAreas.Read(AFormula);
-    if (!areas) return false;
+    if (!areas || FAreas.CellCount() > kMaxCellsOfChart - FCellCount) return false;
+    FCellCount += FAreas.CellCount();
     for (const auto& [sheet, range] : *areas) {
       for (int32_t row = range.StartRow; row <= range.EndRow; ++row)
         for (int32_t col = range.StartCol; col <= range.EndCol; ++col)
@@ -164,6 +172,7 @@ class TSeriesReader {
   const TWorkbook& FWorkbook;
   TAreaReader FAreas;
   bool FVisibleOnly;
+  int64_t FCellCount = 0;  // read so far
 };
 
 }  // namespace

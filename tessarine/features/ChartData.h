@@ -15,7 +15,7 @@ struct TSheetDrawing;
 /// rows and columns are left out when the chart shows visible cells only.
 ///
 /// An array whose formula is empty or leads nowhere (a missing sheet, #REF!, more than kMaxChartPoints cells) stays as
-/// it is. Nothing is marked as modified.
+/// it is, and so do those behind 16 times as many cells of one chart. Nothing is marked as modified.
 TESSARINE_API void RefreshDrawingCharts(const TWorkbook& AWorkbook, const TWorksheet& ASheet, TSheetDrawing& ADrawing);
 
 /// The same for all charts of a sheet.

@@ -49,6 +49,9 @@ TEST(AutoFilter, TotalsRowsStayOutside) {
   TSheetAutoFilter filter;
   filter.Enable({1, 1, 3, 8});
   EXPECT_EQ(filter.DataSortRange(tables), (TCellRange{1, 1, 3, 7}));
+  table.SetRef({2, 1, 4, 1});  // a totals row in the header's place takes nothing away
+  EXPECT_EQ(filter.DataSortRange(tables), (TCellRange{1, 1, 3, 8}));
+  table.SetRef({2, 1, 4, 8});
   filter.SyncToTables(tables);
   EXPECT_EQ(filter.Range(), (TCellRange{2, 1, 4, 7}));
   table.SetShowAutoFilter(false);

@@ -51,6 +51,9 @@ TEST(CellComments, DeletedLinesSlideTheirNotesUp) {
   comments.SetComment(5, 2, u"", u"y");
   comments.MoveColumns(5, 1, 1);
   EXPECT_EQ(Dump(comments), "A2=y D2=x ");
+  comments.SetComment(0, 2, u"", u"left of the sheet");
+  comments.ShiftRows(1, 1);
+  EXPECT_EQ(Dump(comments), "A3=y D3=x ");
 }
 
 TEST(Slicers, TogglingSelectsAloneFirstAndEmptyMeansAll) {

@@ -56,6 +56,8 @@ TEST(PageSetup, NamesAreWrittenAndReadBack) {
       {u"S!$A:$C", "S", "A1:C1048576"},
       {u"$2:$1", "", "A1:XFD2"},
       {u"S!B7", "S", "B7"},
+      {u"'Now''!s!'!$B:$B", "Now'!s!", "B1:B1048576"},
+      {u"Bob's!$A$1", "Bob's", "A1"},
       {u"S!#REF!", nullptr, nullptr},
       {u"S!$A:$2", nullptr, nullptr},
       {u"", nullptr, nullptr},

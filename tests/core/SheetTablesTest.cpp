@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -39,6 +40,11 @@ TEST(SheetTables, DataLiesBetweenHeaderAndTotals) {
     EXPECT_EQ(table.DataBandIndex(table.DataRange().StartRow - 1), -1);
     EXPECT_EQ(table.DataBandIndex(table.DataRange().EndRow + 1), -1);
   }
+  constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+  constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+  const TSheetTable vast(u"V", {kLeast, kLeast, kMost, kMost});
+  EXPECT_EQ(vast.ColumnCount(), kMost);
+  EXPECT_EQ(vast.DataBandIndex(5), kMost);
 }
 
 TEST(SheetTables, ColumnsAreFoundByName) {

@@ -77,7 +77,7 @@ void TSheetAutoFilter::SetColumnContains(int32_t ACol, TText AText, bool AMatchC
 TCellRange TSheetAutoFilter::DataSortRange(const TSheetTableList& ATables) const {
   TCellRange range = FState.Range.Normalize();
   const TSheetTable* table = TableAtHeader(ATables, range, [&](const TSheetTable& ATable) {
-    return ATable.HasTotalsRow() && ATable.Ref().EndRow >= range.StartRow && ATable.Ref().EndRow <= range.EndRow;
+    return ATable.HasTotalsRow() && ATable.Ref().EndRow > range.StartRow && ATable.Ref().EndRow <= range.EndRow;
   });
   if (table) range.EndRow = table->Ref().EndRow - 1;
   return range;

@@ -1,6 +1,8 @@
 #include <tessarine/core/lists/CellComments.h>
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <tessarine/core/lists/detail/SlidLine.h>
 #include <tessarine/platform/Unicode.h>
@@ -32,7 +34,8 @@ const TCellComment* TCellCommentList::FindByKey(std::u16string_view AKey) const 
   return Find(address.Col, address.Row);
 }
 
-/// Gives every note the line that ANewIndex(line) names; without one in 1 to 2^31 - 1 it goes.
+/// Gives every note the line that ANewIndex(line) names; without one in 1 to 2^31 - 1 it goes, and so does a note that
+/// stood above or left of the sheet.
 template <class TNewIndex>
 void TCellCommentList::Replace(TShiftAxis AAxis, TNewIndex&& ANewIndex) {
   for (auto& [place, comment] : std::exchange(FItems, {})) {
@@ -41,6 +44,7 @@ void TCellCommentList::Replace(TShiftAxis AAxis, TNewIndex&& ANewIndex) {
     const int64_t index = ANewIndex(int64_t{line});
     if (index < 1 || index > std::numeric_limits<int32_t>::max()) continue;
     line = static_cast<int32_t>(index);
+    if (std::min(moved.first, moved.second) < 1) continue;
     FItems.insert_or_assign(moved, std::move(comment));
   }
 }

@@ -77,7 +77,7 @@ TCellRange TSheetTable::ColumnDataRange(std::u16string_view AName) const {
 
 int32_t TSheetTable::DataBandIndex(int32_t ARow) const {
   const TCellRange range = DataRange();
-  return ARow >= range.StartRow && ARow <= range.EndRow ? ARow - range.StartRow : -1;
+  return ARow >= range.StartRow && ARow <= range.EndRow ? SaturatedSum(ARow, -int64_t{range.StartRow}) : -1;
 }
 
 void TSheetTableList::Clear() {

@@ -1,8 +1,5 @@
 #include <tessarine/core/options/NamedRanges.h>
 
-#include <string>
-#include <utility>
-
 #include <tessarine/core/sheet/Workbook.h>
 
 namespace tessarine {
@@ -12,11 +9,7 @@ void TTessarineNamedRanges::AddOrSet(TTextArg AName, TTextArg AFormula) {
 }
 
 void TTessarineNamedRanges::Remove(TTextArg AName) {
-  if (!Contains(AName.View())) return;
-  const std::u16string name = TWorkbook::NormalizeName(AName);
-  std::vector<std::pair<TText, TText>> entries = FWorkbook->CopyNamedFormulas();
-  std::erase_if(entries, [&](const auto& AEntry) { return AEntry.first.View() == name; });
-  FWorkbook->RestoreNamedFormulas(entries);
+  if (FWorkbook) FWorkbook->RemoveNamedFormula(AName.View());
 }
 
 bool TTessarineNamedRanges::Contains(TTextArg AName) const {

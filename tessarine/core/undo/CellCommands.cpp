@@ -73,6 +73,7 @@ void TMergeCommand::Apply(bool AMerge) {
   } else {
     sheet->UnmergeAt(FRange.StartCol, FRange.StartRow);
   }
+  Workbook().MarkModified();
 }
 
 TText TMergeCommand::Description() const { return FMerging ? u"Merge cells" : u"Unmerge cells"; }
@@ -93,6 +94,7 @@ void TColResizeCommand::Apply(const std::vector<double>& AWidths) {
   if (!sheet) return;
   const size_t count = std::min(FCols.size(), AWidths.size());
   for (size_t i = 0; i < count; ++i) sheet->Sizing().SetColWidthChars(FCols[i], AWidths[i]);
+  Workbook().MarkModified();
 }
 
 TText TColResizeCommand::Description() const { return FCols.size() >= 2 ? u"Resize columns" : u"Resize column"; }
@@ -102,7 +104,10 @@ TRowResizeCommand::TRowResizeCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, 
     : TSheetCommand(AWorkbook, ASheetIndex), FRow(ARow), FOldHeight(AOldHeight), FNewHeight(ANewHeight) {}
 
 void TRowResizeCommand::Apply(double AHeight) {
-  if (TWorksheet* sheet = Sheet()) sheet->Sizing().SetRowHeightPt(FRow, AHeight);
+  TWorksheet* sheet = Sheet();
+  if (!sheet) return;
+  sheet->Sizing().SetRowHeightPt(FRow, AHeight);
+  Workbook().MarkModified();
 }
 
 TText TRowResizeCommand::Description() const { return u"Resize row"; }

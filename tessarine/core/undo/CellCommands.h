@@ -25,7 +25,7 @@ struct TCellSnapshot {
 };
 
 /// What the commands for one sheet share. They know the sheet by its index and do nothing once that is out of range.
-/// The workbook outlives its commands.
+/// Those that change no cells mark the workbook modified themselves. The workbook outlives its commands.
 class TESSARINE_API TSheetCommand : public IUndoCommand {
  protected:
   TSheetCommand(TWorkbook& AWorkbook, int32_t ASheetIndex) : FWorkbook(AWorkbook), FSheetIndex(ASheetIndex) {}

@@ -1,6 +1,7 @@
 #include <tessarine/core/values/Address.h>
 
 #include <algorithm>
+#include <limits>
 
 #include <tessarine/platform/Unicode.h>
 
@@ -19,6 +20,11 @@ void AppendRow(int32_t ARow, std::u16string& AText) {
   } while (rest != 0);
   if (negative) digits[--at] = u'-';
   AText.append(digits + at, std::size(digits) - at);
+}
+
+/// Lines from AFirst to ALast, which is not before it; no more than 32 bits hold.
+int32_t LineCount(int32_t AFirst, int32_t ALast) {
+  return static_cast<int32_t>(std::min<int64_t>(int64_t{ALast} - AFirst + 1, std::numeric_limits<int32_t>::max()));
 }
 
 }  // namespace
@@ -102,12 +108,12 @@ bool TCellRange::Intersects(const TCellRange& AOther) const {
 
 int32_t TCellRange::Width() const {
   const TCellRange r = Normalize();
-  return r.EndCol - r.StartCol + 1;
+  return LineCount(r.StartCol, r.EndCol);
 }
 
 int32_t TCellRange::Height() const {
   const TCellRange r = Normalize();
-  return r.EndRow - r.StartRow + 1;
+  return LineCount(r.StartRow, r.EndRow);
 }
 
 std::u16string TCellRange::ToA1() const {

@@ -27,6 +27,7 @@ class TRowMarks {
 
   int32_t First() const { return FFirst; }
   int32_t Last() const { return FLast; }
+  void DropAll() { std::fill(FWords.begin(), FWords.end(), uint64_t{0}); }
   bool Has(int32_t ARow) const { return (Word((ARow - 1) / 64) >> ((ARow - 1) % 64) & 1) != 0; }
 
   /// Words are counted from row 1 of the sheet.
