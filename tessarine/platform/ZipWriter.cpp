@@ -72,19 +72,21 @@ std::shared_ptr<void> NewCompressor(int ALevel) {
 }  // namespace
 
 TZipWriter::TPacked TZipWriter::Pack(std::string AContent, bool ADeflates) const {
-  TPacked result{{}, AContent.size(), libdeflate_crc32(0, AContent.data(), AContent.size()), kStored};
+  TPacked result;
+  result.Size = result.PackedSize = AContent.size();
+  result.Crc = libdeflate_crc32(0, AContent.data(), AContent.size());
   if (ADeflates && !AContent.empty()) {
-    result.Bytes.resize(AContent.size());
-    const size_t size =
-        libdeflate_deflate_compress(static_cast<libdeflate_compressor*>(FCompressor.get()), AContent.data(),
-                                    AContent.size(), result.Bytes.data(), result.Bytes.size());
+    TByteBuffer buffer(AContent.size());
+    const size_t size = libdeflate_deflate_compress(static_cast<libdeflate_compressor*>(FCompressor.get()),
+                                                    AContent.data(), AContent.size(), buffer.Data(), buffer.Size());
     if (size > 0) {
-      result.Bytes.resize(size);
+      result.Deflated = std::move(buffer);
+      result.PackedSize = size;
       result.Method = kDeflated;
       return result;
     }
   }
-  result.Bytes = std::move(AContent);
+  result.Stored = std::move(AContent);
   return result;
 }
 
@@ -126,7 +128,7 @@ void TZipWriter::WriteEntry(const TPacked& APacked) {
   TEntry& entry = FEntries.back();
   entry.Offset = FPosition;
   entry.Size = APacked.Size;
-  entry.PackedSize = APacked.Bytes.size();
+  entry.PackedSize = APacked.PackedSize;
   entry.Crc = APacked.Crc;
   entry.Method = APacked.Method;
 
@@ -149,7 +151,8 @@ void TZipWriter::WriteEntry(const TPacked& APacked) {
     Put64(header, entry.PackedSize);
   }
   Write(header);
-  Write(APacked.Bytes);
+  Write(entry.Method == kDeflated ? APacked.Deflated.Text().substr(0, APacked.PackedSize)
+                                  : std::string_view(APacked.Stored));
 }
 
 void TZipWriter::Finish() {

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include <tessarine/platform/ByteBuffer.h>
+
 namespace tessarine {
 
 class IWriteStream;
@@ -62,7 +64,9 @@ class TZipWriter {
   };
   /// What one entry holds, packed if that made it smaller.
   struct TPacked {
-    std::string Bytes;
+    std::string Stored;    // the content itself, or
+    TByteBuffer Deflated;  // what stands for it, PackedSize bytes of it
+    size_t PackedSize = 0;
     uint64_t Size = 0;
     uint32_t Crc = 0;
     uint16_t Method = 0;

@@ -14,6 +14,7 @@ import datetime
 import json
 import math
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -68,6 +69,15 @@ def library_cells(path):
     return cells
 
 
+def unescaped(text):
+    """Some readers leave the escapes for characters that XML cannot carry as they stand in the file."""
+    return re.sub("_x([0-9A-Fa-f]{4})_", lambda match: chr(int(match.group(1), 16)), text)
+
+
+def lines(text):
+    return text.replace("\r\n", "\n").replace("\r", "\n")
+
+
 def same(kind, ours, theirs):
     if kind == "number":
         if isinstance(theirs, bool) or not isinstance(theirs, (int, float)):
@@ -78,8 +88,7 @@ def same(kind, ours, theirs):
         # A spreadsheet may keep a Boolean as a formatted number.
         return theirs in (ours, int(ours), str(ours).upper())
     if kind == "text":
-        theirs = "" if theirs is None else str(theirs)
-        return ours.replace("\r\n", "\n").replace("\r", "\n") == theirs.replace("\r\n", "\n").replace("\r", "\n")
+        return lines(ours) == lines(unescaped("" if theirs is None else str(theirs)))
     return True
 
 
