@@ -16,7 +16,8 @@ TSelf TCellProperties<TSelf>::Edit(const TCellEdit& AEdit) const {
 
 template <class TSelf>
 TSelf TCellProperties<TSelf>::EditFormat(const TFormatEdit& AEdit) const {
-  return Edit([&](TCell& ACell) { AEdit(detail::EnsureFormat(ACell)); });
+  Self().EditFormats(AEdit);
+  return Self();
 }
 
 template <class TSelf>
@@ -82,7 +83,8 @@ TSelf TCellProperties<TSelf>::Clear() const {
 
 template <class TSelf>
 TSelf TCellProperties<TSelf>::SetNumberFormat(TTextArg ACode) const {
-  return Edit([&](TCell& ACell) { ApplyNumberFormat(ACell, ACode.View()); });
+  const TText code = ACode.View().empty() ? detail::GeneralFormatCode() : TText(ACode.View());
+  return EditFormat([&](TCellFormat& AFormat) { AFormat.NumberFormat = code; });
 }
 
 template <class TSelf>

@@ -82,7 +82,7 @@ class TCellProperties {
   TSelf SetBorder(TBorderSideKind ASide, TBorderLineStyle AStyle, TSheetColor AColor = kOpaqueBlack) const;
 
  protected:
-  /// Changes a cell that was loaded and will be stored; the same for every cell.
+  /// Changes a cell that was loaded and will be stored, or its format; the same for every cell.
   using TCellEdit = std::function<void(TCell& ACell)>;
   using TFormatEdit = std::function<void(TCellFormat& AFormat)>;
 

@@ -27,6 +27,10 @@ void TSheetCellRef::EditCells(const TCellEdit& AEdit) const {
   FSheet->SetCell(FAddr, cell);
 }
 
+void TSheetCellRef::EditFormats(const TFormatEdit& AEdit) const {
+  detail::EditFormats(*FSheet, {FAddr.Col, FAddr.Row, FAddr.Col, FAddr.Row}, AEdit);
+}
+
 void TSheetCellRef::WriteCells(const TCellValue& AValue) const { detail::WriteValue(*FSheet, FAddr, AValue); }
 
 TSheetCellRef TSheetCellRef::SetText(TTextArg AText) const { return SetValue(TText(AText.View())); }

@@ -75,6 +75,7 @@ class TSheetCellRef : public TCellProperties<TSheetCellRef> {
 
   TCell Load() const;
   void EditCells(const TCellEdit& AEdit) const;
+  void EditFormats(const TFormatEdit& AEdit) const;
   void WriteCells(const TCellValue& AValue) const;
   TSheetCellRef AppendRun(TRichTextRun ARun) const;
 

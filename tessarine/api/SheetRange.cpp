@@ -31,6 +31,8 @@ TSheetRangeRef::TSheetRangeRef(TWorksheet& ASheet, TTextArg AA1) : FSheet(&AShee
 
 void TSheetRangeRef::EditCells(const TCellEdit& AEdit) const { detail::EditRange(*FSheet, FRange, AEdit); }
 
+void TSheetRangeRef::EditFormats(const TFormatEdit& AEdit) const { detail::EditFormats(*FSheet, FRange, AEdit); }
+
 void TSheetRangeRef::WriteCells(const TCellValue& AValue) const { detail::WriteRange(*FSheet, FRange, AValue); }
 
 void TSheetRangeRef::ForEachCell(const std::function<void(TSheetCellRef ACell)>& AProc) const {
@@ -72,8 +74,8 @@ void TSheetRangeRef::EditSides(bool AInside, const TBorderSide& ASide) const {
     const bool right = (cells.EndCol == FRange.EndCol) != AInside;
     const bool bottom = (cells.EndRow == FRange.EndRow) != AInside;
     if (!left && !top && !right && !bottom) continue;
-    detail::EditRange(*FSheet, cells, [&](TCell& ACell) {
-      TCellBorderInfo& border = detail::EnsureFormat(ACell).Border;
+    detail::EditFormats(*FSheet, cells, [&](TCellFormat& AFormat) {
+      TCellBorderInfo& border = AFormat.Border;
       if (left) border.Left = ASide;
       if (top) border.Top = ASide;
       if (right) border.Right = ASide;

@@ -55,6 +55,7 @@ class TSheetRangeRef : public TCellProperties<TSheetRangeRef> {
   friend class TCellProperties<TSheetRangeRef>;
 
   void EditCells(const TCellEdit& AEdit) const;
+  void EditFormats(const TFormatEdit& AEdit) const;
   void WriteCells(const TCellValue& AValue) const;
   void EditSides(bool AInside, const TBorderSide& ASide) const;
 

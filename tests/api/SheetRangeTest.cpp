@@ -161,17 +161,31 @@ TEST(SheetRange, WholeEditsEqualEditsCellByCell) {
       [](TCell& ACell) { detail::EnsureFormat(ACell).NumberFormat = u"0.00"; },
       [](TCell& ACell) { detail::ClearFormatsOf(ACell); },
       [](TCell& ACell) { ACell.RichText.clear(); },
+      [](TCell& ACell) {
+        ACell.RichText = {{u"r", {}}};
+      },
       [](TCell& ACell) { ACell.StyleIndex = 2; },
+  };
+  const std::function<void(TCellFormat&)> formatEdits[] = {
+      [](TCellFormat& AFormat) { AFormat.Font.Bold = !AFormat.Font.Bold; },
+      [](TCellFormat& AFormat) { AFormat.Font.Size += 1; },
+      [](TCellFormat& AFormat) { AFormat = TCellFormat::Default(); },
   };
   std::mt19937 random(7);
   const auto below = [&](uint32_t ALimit) { return static_cast<int32_t>(random() % ALimit); };
   for (int round = 0; round < 60; ++round) {
     TApiFixture fast;
     TApiFixture plain;
-    for (int step = 0; step < 12; ++step) {
+    for (int step = 0; step < 16; ++step) {
       const int32_t col = 1 + below(5);
       const int32_t row = 250 + below(12);
       const TCellRange range{col, row, col + below(3), row + below(6)};
+      if (below(3) == 0) {
+        const auto& edit = formatEdits[static_cast<size_t>(below(std::size(formatEdits)))];
+        detail::EditFormats(fast.Sheet(), range, edit);
+        detail::EditFormatsPlain(plain.Sheet(), range, edit);
+        continue;
+      }
       const int32_t number = below(std::size(edits));
       if (number < 4 && below(2) == 0) {
         TCell written;

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tessarine/core/sheet/detail/StoreHistory.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine::detail {
@@ -161,6 +162,17 @@ TEST(CellStore, BehavesAsADictionaryOfCells) {
           const TCellValue result = random.Value(true);
           store.SetCached(col, *record, result);
           found->second.SetCachedResult(result);
+          break;
+        }
+        case 5: {
+          const int32_t end = std::min(row + static_cast<int32_t>(random.Below(3)), kMaxRow);
+          const auto edit = [](TCellFormat& AFormat) { AFormat.Font.Italic = !AFormat.Font.Italic; };
+          store.EditOverrides({col, row, col, end}, edit);
+          for (int32_t each = row; each <= end; ++each) {
+            TCell& cell = judge[{col, each}];
+            cell.HasFormatOverride = true;
+            edit(cell.FormatOverride);
+          }
           break;
         }
         default: {
@@ -352,6 +364,17 @@ TEST(CellStore, SharesEqualFormatsAndNoOthers) {
   store.SetNumber(1, 2, 1, 0);
   EXPECT_TRUE(plain.expired());
   EXPECT_EQ(store.Get(1, 3).FormatOverride.Border.Left.Style, blsThin);
+
+  const std::weak_ptr<const TCellFormat> thin = overrideOf(3);
+  const TStoreSnapshot before = store.Capture();
+  store.EditOverrides({1, 2, 1, 4}, [](TCellFormat& AFormat) { AFormat.Border = {}; });
+  EXPECT_TRUE(thin.expired());
+  EXPECT_EQ(overrideOf(2), overrideOf(3));
+  EXPECT_EQ(overrideOf(3), overrideOf(4));
+  ASSERT_TRUE(store.ReturnTo(before));
+  EXPECT_EQ(store.Get(1, 3).FormatOverride.Border.Left.Style, blsThin);
+  EXPECT_EQ(store.CellCount(), 2u);
+  EXPECT_FALSE(store.Get(1, 2).HasFormatOverride);
 }
 
 TEST(CellStore, NumbersTakeSixteenBytesAndAFraction) {

@@ -80,6 +80,18 @@ void EditRange(TWorksheet& ASheet, const TCellRange& ARange, const TOneCellEdit&
   ASheet.NoteBulkChange();
 }
 
+void EditFormatsPlain(TWorksheet& ASheet, const TCellRange& ARange, const TOneFormatEdit& AEdit) {
+  EditRangePlain(ASheet, ARange, [&](TCell& ACell) { AEdit(EnsureFormat(ACell)); });
+}
+
+void EditFormats(TWorksheet& ASheet, const TCellRange& ARange, const TOneFormatEdit& AEdit) {
+  if (!ASheet.ChangesAreUnobserved()) return EditFormatsPlain(ASheet, ARange, AEdit);
+  CheckRangeCount(ARange);
+  ASheet.Store().EditOverrides(ARange, AEdit);
+  ASheet.UpdateUsedBounds({ARange.EndCol, ARange.EndRow});
+  ASheet.NoteBulkChange();
+}
+
 void WriteValue(TWorksheet& ASheet, TCellAddress AAddress, const TCellValue& AValue) {
   if (ASheet.ChangesAreUnobserved()) {
     PutInStore(ASheet.Store(), AAddress, AValue);

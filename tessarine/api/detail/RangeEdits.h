@@ -20,6 +20,13 @@ void EditRange(TWorksheet& ASheet, const TCellRange& ARange, const TOneCellEdit&
 /// The same cell by cell, row by row, which judges the way above.
 void EditRangePlain(TWorksheet& ASheet, const TCellRange& ARange, const TOneCellEdit& AEdit);
 
+using TOneFormatEdit = std::function<void(TCellFormat& AFormat)>;
+
+/// EditRange with AEdit on the result of EnsureFormat; AEdit depends on nothing but its format.
+void EditFormats(TWorksheet& ASheet, const TCellRange& ARange, const TOneFormatEdit& AEdit);
+/// The same cell by cell, row by row.
+void EditFormatsPlain(TWorksheet& ASheet, const TCellRange& ARange, const TOneFormatEdit& AEdit);
+
 /// Throws ELimit when a range has more than kMaxRangeCells cells.
 void CheckRangeCount(const TCellRange& ARange);
 

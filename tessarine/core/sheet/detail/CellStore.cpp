@@ -33,10 +33,6 @@ constexpr uint32_t GrownCapacity(uint32_t ACapacity) { return ACapacity == 1 ? 4
 // Slabs of formula records double up to this many.
 constexpr uint32_t kSlabLimit = 4096;
 
-constexpr uint64_t ExtrasKey(int32_t ACol, int32_t ARow) {
-  return static_cast<uint64_t>(static_cast<uint32_t>(ACol)) << 32 | static_cast<uint32_t>(ARow);
-}
-
 /// One more cell in a row that is not stored yet; answers its place among the slots.
 uint32_t MarkRow(TTile& ATile, uint32_t ARow) {
   const uint32_t word = ARow >> 6;

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -154,6 +155,9 @@ struct TTileColumn {
   const TTilePage* Page(uint32_t AIndex) const { return AIndex < PageCount ? Pages[AIndex] : nullptr; }
 };
 
+/// Changes a format; what it does depends on nothing but the format.
+using TFormatEdit = std::function<void(TCellFormat& AFormat)>;
+
 /// What a cell has beside its slot.
 struct TCellExtras {
   std::shared_ptr<const TCellFormat> Override;  // interned by the store: equal overrides share one record
@@ -263,6 +267,10 @@ class TCellStore {
   void SetText(int32_t ACol, int32_t ARow, TText AText, int32_t AStyleIndex);
   void SetFormula(int32_t ACol, int32_t ARow, std::u16string_view AText, int32_t AStyleIndex);
 
+  /// Changes the format override of every cell of a range (normalized, inside the sheet), free places included; one
+  /// that has none begins with the default format. AEdit is called once for each different override.
+  void EditOverrides(const TCellRange& ARange, const TFormatEdit& AEdit);
+
   /// Replaces the cached result of a formula in column ACol; a cvkFormula becomes a text.
   void SetCached(int32_t ACol, TFormulaRecord& ARecord, const TCellValue& AResult);
   void SetCachedNumber(int32_t ACol, TFormulaRecord& ARecord, double ANumber);
@@ -327,6 +335,7 @@ class TCellStore {
     TTile* Tile;
     TCellSlot* Slot;
   };
+  class TOverrideEdits;
   struct TFormatHash {
     using is_transparent = void;
     size_t operator()(const TCellFormat& AFormat) const { return HashOf(AFormat); }
@@ -391,7 +400,11 @@ class TCellStore {
   /// Every write passes here with its column, which exists.
   void Touch(int32_t ACol) { FColumns[static_cast<size_t>(ACol - 1)].Version = ++FVersion; }
   void PutFormula(int32_t ACol, int32_t ARow, std::u16string_view AText, int32_t AStyleIndex);
+  static constexpr uint64_t ExtrasKey(int32_t ACol, int32_t ARow) {
+    return static_cast<uint64_t>(static_cast<uint32_t>(ACol)) << 32 | static_cast<uint32_t>(ARow);
+  }
   void SetExtras(int32_t ACol, int32_t ARow, const TCell& ACell);
+  void ReserveExtras(const TCellRange& ARange);
   std::shared_ptr<const TCellFormat> InternOverride(const TCellFormat& AFormat);
 
   void RearrangeLogged(const TLineMap& AMap, IFormulaMover& AMover, TStoreChange* ALog);

@@ -180,8 +180,7 @@ void TCellStore::DropSideResults(TStoreChange* ALog) {
 
 /// Takes the chart of a formula's sparkline away; what else it holds stays.
 void TCellStore::ClearSparkline(int32_t ACol, int32_t ARow) {
-  const auto found =
-      FExtras.find(static_cast<uint64_t>(static_cast<uint32_t>(ACol)) << 32 | static_cast<uint32_t>(ARow));
+  const auto found = FExtras.find(ExtrasKey(ACol, ARow));
   if (found == FExtras.end() || !found->second.Sparkline) return;
   TCellExtras& extras = found->second;
   extras.Sparkline->Kind = spkNone;
@@ -352,8 +351,7 @@ void TCellStore::MoveExtras(const TLineMap& AMap) {
     auto row = static_cast<int32_t>(key & 0xFFFFFFFFu);
     int32_t& line = AMap.Axis == saRows ? row : col;
     line = AMap.NewLine(line);
-    moved.emplace(static_cast<uint64_t>(static_cast<uint32_t>(col)) << 32 | static_cast<uint32_t>(row),
-                  std::move(extras));
+    moved.emplace(ExtrasKey(col, row), std::move(extras));
   }
   FExtras = std::move(moved);
 }
