@@ -210,10 +210,11 @@ TEST(Html, TablesBecomeCells) {
 
 TEST(Html, HostileTextsTakeNoMoreThanTheirLength) {
   for (const char16_t* piece : {u"<b>", u"<!--", u"<script>", u"<style>", u"<style>.a{", u"&", u"<td>", u"<tr><td>",
-                                u"<table>", u"</b>", u"<script><", u"<b class='", u"<", u"<p>x"}) {
+                                u"<table>", u"</b>", u"<script><", u"<b class='", u"<", u"<p>x", u"<div></p>"}) {
     const std::u16string html = Repeated(piece, 100'000);
     EXPECT_LE(HtmlToPlain(html).size(), html.size());
     static_cast<void>(TryParseHtmlTable(html));
+    static_cast<void>(TryParseHtmlBlocks(html));
   }
   const std::u16string style(200'000, u's');
   const auto rows = TryParseHtmlTable(u"<style>.a{" + style + u"}</style><tr>" + Repeated(u"<td class='a a'>", 1000));

@@ -186,6 +186,22 @@ void ApplyAlignment(std::u16string_view AValue, TCellFontInfo& AFont) {
   if (EqualAsciiNoCase(AValue, u"sub") || EqualAsciiNoCase(AValue, u"subscript")) AFont.Script = spSubscript;
 }
 
+void ApplyBackground(std::u16string_view AValue, TCellFormat& AFormat) {
+  auto color = ParseColor(AValue);
+  if (!color) color = ParseColor(AValue.substr(0, AValue.find(u' ')));  // "#fff none"
+  if (color) AFormat.Fill = TCellFillInfo::Solid(TColorRef::FromARGB(kOpaqueBlack | *color));
+}
+
+/// Calls AVisit(key, value) for the items of a style text, both trimmed.
+template <class TVisit>
+void ForEachCssItem(std::u16string_view ACss, TVisit&& AVisit) {
+  while (!ACss.empty()) {
+    std::u16string_view value = TakeUntil(ACss, u';');
+    const std::u16string_view key = TrimSpaces(TakeUntil(value, u':'));
+    AVisit(key, TrimSpaces(value));
+  }
+}
+
 struct TFontProperty {
   std::u16string_view Key;
   void (*Apply)(std::u16string_view AValue, TCellFontInfo& AFont);
@@ -244,13 +260,19 @@ std::u16string ColorRefToCssHex(const TColorRef& AColor) {
 }
 
 void ApplyCssToFont(std::u16string_view ACss, TCellFontInfo& AFont) {
-  while (!ACss.empty()) {
-    std::u16string_view value = TakeUntil(ACss, u';');
-    const std::u16string_view key = TrimSpaces(TakeUntil(value, u':'));
+  ForEachCssItem(ACss, [&](std::u16string_view AKey, std::u16string_view AValue) {
     for (const TFontProperty& property : kFontProperties) {
-      if (EqualAsciiNoCase(property.Key, key)) property.Apply(TrimSpaces(value), AFont);
+      if (EqualAsciiNoCase(property.Key, AKey)) property.Apply(AValue, AFont);
     }
-  }
+  });
+}
+
+void ApplyCssToFormat(std::u16string_view ACss, TCellFormat& AFormat) {
+  ApplyCssToFont(ACss, AFormat.Font);
+  ForEachCssItem(ACss, [&](std::u16string_view AKey, std::u16string_view AValue) {
+    if (EqualAsciiNoCase(AKey, u"background-color") || EqualAsciiNoCase(AKey, u"background"))
+      ApplyBackground(AValue, AFormat);
+  });
 }
 
 }  // namespace tessarine

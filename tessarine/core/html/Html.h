@@ -32,4 +32,8 @@ TESSARINE_API std::u16string ColorRefToCssHex(const TColorRef& AColor);
 /// "12px" is 12 and "1.5em" is 1.5; one that is no number leaves the font's own.
 TESSARINE_API void ApplyCssToFont(std::u16string_view ACss, TCellFontInfo& AFont);
 
+/// The same over a cell's format: the font, and from "background-color" and "background" a solid fill. "transparent",
+/// "none" and what begins with no colour leave the fill.
+TESSARINE_API void ApplyCssToFormat(std::u16string_view ACss, TCellFormat& AFormat);
+
 }  // namespace tessarine

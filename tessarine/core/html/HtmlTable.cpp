@@ -1,79 +1,29 @@
 #include <tessarine/core/html/HtmlTable.h>
 
-#include <algorithm>
-#include <string>
-#include <unordered_map>
 #include <utility>
 
-#include <tessarine/core/html/Html.h>
+#include <tessarine/core/html/HtmlClipboard.h>
 #include <tessarine/core/html/HtmlRichText.h>
+#include <tessarine/core/html/detail/HtmlClassStyles.h>
 #include <tessarine/core/html/detail/HtmlScan.h>
 #include <tessarine/core/html/detail/HtmlText.h>
-#include <tessarine/platform/Unicode.h>
 
 namespace tessarine {
 
 namespace {
 
+using detail::THtmlClassStyles;
 using detail::THtmlScanner;
 
-// Every cell may repeat the style of its class, so that the styles together could outgrow the text by far.
-constexpr size_t kMaxStyleTexts = size_t{1} << 24;
-
 constexpr std::u16string_view kCellTags[] = {u"td", u"th"};
+/// What makes rows where there is no table.
+constexpr std::u16string_view kRowTags[] = {u"p", u"div", u"li", u"h1", u"h2", u"h3", u"h4", u"tr"};
 
-/// The style texts of classes, by names in lower case, from all "style" blocks of a document.
-class TClassStyles {
- public:
-  explicit TClassStyles(std::u16string_view AHtml) {
-    THtmlScanner html(AHtml, {});
-    for (auto piece = html.Next(); piece != detail::hpEnd; piece = html.Next()) {
-      if (piece != detail::hpTag || !html.IsOpening() || !html.NameIs(u"style")) continue;
-      // What the block holds may look like tags and comments, so it is found by its end alone.
-      const size_t begin = html.End();
-      size_t end = AHtml.find(u"</", begin);
-      while (end < AHtml.size() && !EqualAsciiNoCase(AHtml.substr(end + 2, 5), u"style"))
-        end = AHtml.find(u"</", end + 2);
-      end = std::min(end, AHtml.size());
-      ReadRules(AHtml.substr(begin, end - begin));
-      html.GoOnAt(end);
-    }
-  }
-
-  /// Null for a class without style.
-  const TText* Find(std::u16string_view AClass) const {
-    const auto found = FStyles.find(ToAsciiLower(AClass));
-    return found == FStyles.end() ? nullptr : &found->second;
-  }
-
- private:
-  void ReadRules(std::u16string_view ACss) {
-    while (true) {
-      const size_t open = ACss.find(u'{');
-      if (open == std::u16string_view::npos) return;
-      std::u16string_view heads = ACss.substr(0, open);
-      ACss.remove_prefix(open + 1);
-      const std::u16string_view body = ACss.substr(0, ACss.find(u'}'));
-      ACss.remove_prefix(std::min(body.size() + 1, ACss.size()));
-      if (const size_t comment = heads.rfind(u"<!--"); comment != std::u16string_view::npos)
-        heads.remove_prefix(comment + 4);
-      if (const size_t comment = heads.rfind(u"*/"); comment != std::u16string_view::npos)
-        heads.remove_prefix(comment + 2);
-      AddRule(heads, TText(TrimSpaces(body)));
-    }
-  }
-
-  void AddRule(std::u16string_view AHeads, const TText& AStyle) {
-    while (!AHeads.empty()) {
-      const std::u16string_view part = AHeads.substr(0, AHeads.find(u','));
-      AHeads.remove_prefix(std::min(part.size() + 1, AHeads.size()));
-      const std::u16string_view head = TrimSpaces(part);
-      if (head.size() > 1 && head[0] == u'.') FStyles[ToAsciiLower(head.substr(1))] = AStyle;
-    }
-  }
-
-  std::unordered_map<std::u16string, TText> FStyles;
-};
+void FillCell(std::u16string_view AContent, THtmlPastedCell& ACell) {
+  ACell.Text = TText(detail::HtmlCellText(AContent));
+  ACell.Runs = HtmlToRichText(AContent);
+  ACell.HasRichText = RichTextHasFormatting(ACell.Runs, {});
+}
 
 /// Where the first table lies: from its tag to its end, tables inside of it being balanced.
 std::u16string_view FirstTable(std::u16string_view AHtml) {
@@ -93,7 +43,7 @@ std::u16string_view FirstTable(std::u16string_view AHtml) {
 
 class TTableReader {
  public:
-  explicit TTableReader(std::u16string_view AHtml) : FTable(FirstTable(AHtml)), FStyles(AHtml) {}
+  TTableReader(std::u16string_view AHtml, THtmlClassStyles& AStyles) : FTable(FirstTable(AHtml)), FStyles(AStyles) {}
 
   THtmlPastedCells Read() {
     THtmlScanner html(FTable, detail::kHtmlForeign);
@@ -116,53 +66,82 @@ class TTableReader {
     FIsNewRow = false;
     THtmlPastedCell& cell = FRows.back().emplace_back();
     cell.IsHeader = ATag.NameIs(u"th");
-    cell.Style = StyleOf(ATag.Attribute(u"class"), ATag.Attribute(u"style"));
+    cell.Style = FStyles.StyleOf(ATag);
     FContentBegin = ATag.End();
     FIsInCell = true;
   }
 
   void EndCell(size_t AEnd) {
     if (!std::exchange(FIsInCell, false)) return;
-    const std::u16string_view content = FTable.substr(FContentBegin, AEnd - FContentBegin);
-    THtmlPastedCell& cell = FRows.back().back();
-    cell.Text = TText(detail::HtmlCellText(content));
-    cell.Runs = HtmlToRichText(content);
-    cell.HasRichText = RichTextHasFormatting(cell.Runs, {});
-  }
-
-  TText StyleOf(std::u16string_view AClasses, std::u16string_view AInline) {
-    const std::u16string own = HtmlUnescape(AInline);
-    std::u16string style;
-    for (std::u16string_view rest = TrimSpaces(AClasses); !rest.empty(); rest = TrimSpaces(rest)) {
-      const std::u16string_view name = rest.substr(0, rest.find_first_of(u" \t\r\n"));
-      rest.remove_prefix(name.size());
-      const TText* rule = FStyles.Find(name);
-      if (!rule || rule->IsEmpty()) continue;
-      if (style.empty() && rest.empty() && own.empty()) return *rule;  // shared by the cells of a class
-      if (FStyleTexts + style.size() + rule->Length() + 1 > kMaxStyleTexts) break;
-      style += rule->View();
-      if (!style.ends_with(u';')) style += u';';
-    }
-    FStyleTexts += style.size();
-    return TText(style + own);
+    FillCell(FTable.substr(FContentBegin, AEnd - FContentBegin), FRows.back().back());
   }
 
   std::u16string_view FTable;
-  TClassStyles FStyles;
+  THtmlClassStyles& FStyles;
   THtmlPastedCells FRows;
-  size_t FStyleTexts = 0;
   size_t FContentBegin = 0;
   bool FIsInRow = false;
   bool FIsNewRow = false;
   bool FIsInCell = false;
 };
 
+/// Cuts a text at the tags of its blocks. A block that ends right behind another one holds nothing of its own.
+class TBlockReader {
+ public:
+  TBlockReader(std::u16string_view AHtml, THtmlClassStyles& AStyles) : FHtml(AHtml), FStyles(AStyles) {}
+
+  THtmlPastedCells Read() {
+    THtmlScanner html(FHtml, detail::kHtmlUnreadable);
+    for (auto piece = html.Next(); piece != detail::hpEnd; piece = html.Next()) {
+      if (piece != detail::hpTag || html.IsSelfClosing() || !html.NameIsAnyOf(kRowTags)) continue;
+      EndPart(html.Begin(), html.IsClosing() && FIsInBlock);
+      FIsInBlock = !html.IsClosing();
+      FStyle = FIsInBlock ? FStyles.StyleOf(html) : TText();
+      FBegin = FIsInBlock ? html.Begin() : html.End();  // the block's own tag makes its font
+    }
+    EndPart(FHtml.size(), false);
+    return std::move(FRows);
+  }
+
+ private:
+  void EndPart(size_t AEnd, bool AMayBeEmpty) {
+    THtmlPastedCell cell;
+    FillCell(FHtml.substr(FBegin, AEnd - FBegin), cell);
+    if (cell.Text.IsEmpty() && !AMayBeEmpty) return;
+    cell.Style = std::move(FStyle);
+    FRows.emplace_back().push_back(std::move(cell));
+  }
+
+  std::u16string_view FHtml;
+  THtmlClassStyles& FStyles;
+  THtmlPastedCells FRows;
+  TText FStyle;
+  size_t FBegin = 0;
+  bool FIsInBlock = false;
+};
+
+std::optional<THtmlPastedCells> AnyRows(THtmlPastedCells ARows) {
+  if (ARows.empty()) return std::nullopt;
+  return ARows;
+}
+
 }  // namespace
 
 std::optional<THtmlPastedCells> TryParseHtmlTable(std::u16string_view AHtml) {
-  THtmlPastedCells rows = TTableReader(AHtml).Read();
-  if (rows.empty()) return std::nullopt;
-  return rows;
+  THtmlClassStyles styles(AHtml);
+  return AnyRows(TTableReader(AHtml, styles).Read());
+}
+
+std::optional<THtmlPastedCells> TryParseHtmlBlocks(std::u16string_view AHtml) {
+  THtmlClassStyles styles(AHtml);
+  return AnyRows(TBlockReader(AHtml, styles).Read());
+}
+
+std::optional<THtmlPastedCells> TryParseHtmlClipboard(std::u16string_view AHtml) {
+  THtmlClassStyles styles(AHtml);
+  const std::u16string_view fragment = ExtractHtmlFragment(AHtml);
+  if (auto rows = AnyRows(TTableReader(fragment, styles).Read())) return rows;
+  return AnyRows(TBlockReader(fragment, styles).Read());
 }
 
 }  // namespace tessarine

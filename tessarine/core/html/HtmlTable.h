@@ -28,4 +28,13 @@ using THtmlPastedCells = std::vector<std::vector<THtmlPastedCell>>;
 /// which only a hostile text has, are left out. Takes time in proportion to the text.
 TESSARINE_API std::optional<THtmlPastedCells> TryParseHtmlTable(std::u16string_view AHtml);
 
+/// One row of a single cell for each block (paragraph, division, list item, heading, table row), which may be empty,
+/// and for each text between blocks; nothing for a text without either. A block that holds blocks is no row but for
+/// the text of its own. Style and the font of the runs are those of the block's tag. Linear as above.
+TESSARINE_API std::optional<THtmlPastedCells> TryParseHtmlBlocks(std::u16string_view AHtml);
+
+/// What a clipboard's HTML, with its header or without, pastes: the cells of the table in its fragment
+/// (ExtractHtmlFragment), else its blocks. Classes have the styles of the whole document.
+TESSARINE_API std::optional<THtmlPastedCells> TryParseHtmlClipboard(std::u16string_view AHtml);
+
 }  // namespace tessarine
