@@ -125,6 +125,11 @@ void TNativeOutput::Flush() {
   FText.clear();
 }
 
+void TNativeOutput::WriteBehind(std::string_view AText) {
+  if (!FText.empty()) Flush();
+  FStream.Write(std::as_bytes(std::span(AText)));
+}
+
 TNativeSheetWriter::TNativeSheetWriter(TNativeOutput& AOutput, const TTsrWriteOptions& AOptions)
     : FOutput(AOutput), FJson(AOutput.Json()), FFields(AOutput.Json()), FOptions(AOptions) {}
 

@@ -32,6 +32,8 @@ class TNativeOutput {
     if (FText.size() >= kBlock) Flush();
   }
   void Flush();
+  /// Writes what comes behind Text().
+  void WriteBehind(std::string_view AText);
 
  private:
   static constexpr size_t kBlock = size_t{256} << 10;
