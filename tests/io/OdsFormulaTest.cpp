@@ -54,11 +54,13 @@ TEST(OdsFormula, WritesReferencesForFiles) {
       {"=A1:B2", "of:=[.A1:.B2]"},
       {"=SUM($A$1,Sheet2!B2:C3,'It''s'!A1)", "of:=SUM([.$A$1];[$Sheet2.B2:.C3];[$'It''s'.A1])"},
       {"=A:C+1:3+B+7", "of:=[.A:.C]+[.1:.3]+B+7"},
-      {"=IF(A1=\"B2,\"\"C3\",{1,2;3,4},LOG10(5))", "of:=IF([.A1]=\"B2,\"\"C3\";{1,2;3,4};LOG10(5))"},
+      {"=IF(A1=\"B2,\"\"C3\",{1,2;3,4},LOG10(5))", "of:=IF([.A1]=\"B2,\"\"C3\";{1;2|3;4};LOG10(5))"},
       {"=Sales[A1]+Table[[#This Row],[B2]]", "of:=Sales[A1]+Table[[#This Row],[B2]]"},
       {"=#REF!+Sheet1!#REF!+1E5+A1B2+XFE1+A1048577", "of:=#REF!+Sheet1!#REF!+1E5+A1B2+XFE1+A1048577"},
       {"=A1:INDEX(B:B,2)", "of:=[.A1]:INDEX([.B:.B];2)"},
       {"=\xC3\x84rger!A1", "of:=[$'\xC3\x84rger'.A1]"},
+      {"=_xlfn._xlws.SORT(A1)&\"_xlfn.\"&a_xlfn.b", "of:=SORT([.A1])&\"_xlfn.\"&a_xlfn.b"},
+      {"={1,2}&{\"a,b\";3}", "of:={1;2}&{\"a,b\"|3}"},
       {"", "of:="},
   };
   for (const auto& row : cases) EXPECT_EQ(FromExcel(row.Here), row.File) << row.Here;
@@ -67,13 +69,15 @@ TEST(OdsFormula, WritesReferencesForFiles) {
 /// What is written is read back, whatever it is made of.
 TEST(OdsFormula, ReadsBackWhatItWrites) {
   static const char* const kPieces[] = {"A1",     "$B$2",  "C3:D4",      "Sheet2!E5",    "'a b'!$F6:G7", "SUM(",
-                                        ")",      ",",     "+",          "\"x,[y];'z\"", "{1;2}",        "1.5",
+                                        ")",      ",",     "+",          "\"x,[y];'z\"", "{1,2;3}",      "1.5",
                                         "name_1", "#REF!", "'it''s'!H8", "A:B"};
   std::mt19937 random(7);
   for (int round = 0; round < 500; ++round) {
     std::string formula;
     for (size_t count = random() % 8; count > 0; --count) (formula += kPieces[random() % std::size(kPieces)]) += '*';
-    EXPECT_EQ(ToExcel(FromExcel("=" + formula)), formula);
+    EXPECT_EQ(Utf16ToUtf8(OdsFormulaToExcel(Utf8ToUtf16(FromExcel("=" + formula)), true)), formula);
+    const std::u16string literal = OdsFormulaFromExcel(Utf8ToUtf16("=" + formula), true);
+    EXPECT_EQ(Utf16ToUtf8(OdsFormulaToExcel(literal)), formula);
   }
 }
 

@@ -1,9 +1,12 @@
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include <tessarine/core/format/CellFormat.h>
+#include <tessarine/core/format/Theme.h>
 #include <tessarine/io/ods/detail/OdsStyleReader.h>
 
 namespace tessarine::detail {
@@ -62,6 +65,38 @@ TEST(OdsStyles, SetAllPropertiesOfAFormat) {
   EXPECT_TRUE(!format.Locked && format.Hidden);
   const TCellFormat child = styles.GetCellFormat("d");
   EXPECT_TRUE(child.Fill == TCellFillInfo::None() && child.Alignment.Horizontal == haGeneral && child.Locked);
+}
+
+/// Marks are what another program may have left standing beside standard attributes that it changed.
+TEST(OdsStyles, TakeExactMarksOnlyWhereTheyAgree) {
+  const TTessarineTheme theme;
+  const std::string content =
+      "<style name='c' family='table-cell'><text-properties font-size='@pt' exact-size='12.75' color='#4472c4' "
+      "exact-color='theme:@:0'/><paragraph-properties margin-left='1.059cm' exact-indent='@'/>"
+      "<table-cell-properties background-color='#4472c4' exact-fill='1 theme:@:0 #ff000000 90' rotation-angle='315' "
+      "exact-rotation='13@' border-left='0.013cm solid #4472c4' exact-left='7 theme:@:0'/></style>"
+      "<style name='w' family='table-column'><table-column-properties column-width='3.836cm' exact-width='@'/></style>";
+  const auto load = [&](const std::vector<std::string>& AValues) {
+    std::string filled = "<r><styles>" + content + "</styles></r>";
+    for (const std::string& value : AValues) filled.replace(filled.find('@'), 1, value);
+    TOdsStyleReader styles({}, {}, &theme);
+    styles.LoadPart(filled, "styles.xml");
+    return std::pair(styles.GetCellFormat("c"), styles.GetColWidth("w")->Size);
+  };
+  const auto [same, width] = load({"12.8", "4", "3", "4", "5", "4", "20"});
+  EXPECT_EQ(same.Font.Size, 12.75f);
+  EXPECT_EQ(same.Font.Color, TColorRef::FromTheme(4, 0));
+  EXPECT_TRUE(same.Alignment.Indent == 3 && same.Alignment.MarginLeftCm == 0 && same.Alignment.TextRotation == 135);
+  EXPECT_EQ(same.Fill.ForegroundColor, TColorRef::FromTheme(4, 0));
+  EXPECT_EQ(same.Border.Left, (TBorderSide{blsHair, TColorRef::FromTheme(4, 0)}));
+  EXPECT_EQ(width, 20);
+  const auto [other, otherWidth] = load({"14", "5", "4", "-4", "4", "9", "20.1"});
+  EXPECT_EQ(other.Font.Size, 14);
+  EXPECT_EQ(other.Font.Color, TColorRef::FromARGB(0xFF4472C4));
+  EXPECT_TRUE(other.Alignment.Indent == 0 && other.Alignment.MarginLeftCm > 1 && other.Alignment.TextRotation == 315);
+  EXPECT_EQ(other.Fill, TCellFillInfo::Solid(TColorRef::FromARGB(0xFF4472C4)));
+  EXPECT_EQ(other.Border.Left, (TBorderSide{blsThin, TColorRef::FromARGB(0xFF4472C4)}));
+  EXPECT_NEAR(otherWidth, 20, 0.01);
 }
 
 TEST(OdsStyles, ReadBorderSidesInAnyOrder) {

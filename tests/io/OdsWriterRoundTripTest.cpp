@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <tessarine/core/format/StyleSheet.h>
+#include <tessarine/core/format/Theme.h>
 #include <tessarine/core/lists/AutoFilter.h>
 #include <tessarine/core/lists/DataValidations.h>
 #include <tessarine/core/lists/Drawings.h>
@@ -40,11 +41,11 @@ TEST(OdsRoundTrip, KeepsValuesFormulasAndTexts) {
   book.GetSheet(0)->SetName(u"It's one");
   TWorksheet& sheet = book.AddSheet(u"Two");
   const std::u16string texts[] = {
-      u"plain", u" two  blanks ",          u"tab\there", u"a\r\nb", u"a\nb",     u"\r", u"<&>\"'",
-      u"=x",    u"\u00E9\u4E2D\U0001F600", u"12",        u"TRUE",   u"\r\n\r\nx"};
+      u"plain", u" two  blanks ",          u"tab\there", u"a\r\nb", u"a\nb",      u"\r", u"<&>\"'",
+      u"=x",    u"\u00E9\u4E2D\U0001F600", u"12",        u"TRUE",   u"\r\n\r\nx", u""};
   const double numbers[] = {0, -0.1, 1e-300, 1.7976931348623157e308, 0.1 + 0.2, 123456789012345678.0, 45292.75};
   const char16_t* formulas[] = {u"=A1+Two!B2*'It''s one'!$C$3",
-                                u"=SUM(A1:B2,\"a,b;c\",{1,2;3,4})",
+                                u"=SUM(A1:B2,\"a,b;c\",{1,2;3,4},{1,2})",
                                 u"=IF(A1>=2,\"[.A1]\",-1)",
                                 u"=SUM('It''s one'!A1:B2)",
                                 u"=1.5%",
@@ -54,6 +55,7 @@ TEST(OdsRoundTrip, KeepsValuesFormulasAndTexts) {
   for (const double number : numbers) sheet.SetValue({1, ++row}, TCellValue::FromNumber(number));
   sheet.SetValue({1, ++row}, TCellValue::FromBoolean(true));
   sheet.SetValue({1, ++row}, TCellValue::FromBoolean(false));
+  for (const TCellErrorCode error : {ceDiv0, ceSpill}) sheet.SetValue({1, ++row}, TCellValue::FromError(error));
   const TCellValue results[] = {TCellValue::FromNumber(2.5),   TCellValue::FromText(u" x\ny"),
                                 TCellValue::FromText(u""),     TCellValue::FromBoolean(true),
                                 TCellValue::FromError(ceDiv0), {}};
@@ -77,7 +79,7 @@ TEST(OdsRoundTrip, KeepsValuesFormulasAndTexts) {
 }
 
 TEST(OdsRoundTrip, KeepsFormats) {
-  std::vector<TCellFormat> formats(12);
+  std::vector<TCellFormat> formats(18);
   formats[0].Font.Bold = formats[0].Font.Strikethrough = true;
   formats[1].Font.Italic = true;
   formats[1].Font.Underline = usDouble;
@@ -104,24 +106,57 @@ TEST(OdsRoundTrip, KeepsFormats) {
   formats[10].Hidden = true;
   formats[11].Alignment.Horizontal = haJustify;
   formats[11].Alignment.Vertical = vaCenter;
-  const char16_t* codes[] = {u"0",           u"0.00",
-                             u"#,##0",       u"#,##0.00",
-                             u"0%",          u"0.0%",
-                             u"0.0E+00",     u"@",
-                             u"yyyy-mm-dd",  u"m/d/yyyy",
-                             u"d mmmm yy",   u"h:mm:ss",
-                             u"h:mm AM/PM",  u"[h]:mm",
-                             u"0.0#",        u"000",
-                             u"0;[Red]-0",   u"0;-0;\"zero\"",
-                             u"0.00 \"kg\"", u"#,##0.0,,",
-                             u"$#,##0.00",   u"dddd, d mmm yyyy",
-                             u"mm:ss.00",    u"# ?/8"};
+  formats[12].Font.Size = 12.75f;
+  formats[12].Font.Color = TColorRef::FromTheme(4, -0.25);
+  formats[13].Fill = TCellFillInfo::Gradient(TColorRef::FromTheme(5, 0.4), TColorRef::FromARGB(0x80112233), 45);
+  formats[14].Fill.BackgroundColor = TColorRef::FromARGB(kOpaqueBlack);
+  formats[15].Border.Left = {blsHair, TColorRef::FromTheme(6, 0)};
+  formats[15].Border.Right = {blsNone, TColorRef::FromARGB(0xFFC7C7C7)};
+  formats[15].Border.Diagonal = {blsHair, TColorRef::FromTheme(1, 0.5)};
+  formats[15].Border.DiagonalDown = true;
+  formats[16].Alignment.Indent = 3;
+  formats[16].Alignment.TextRotation = 135;
+  formats[17].Alignment.Horizontal = haFill;
+  formats[17].Alignment.TextRotation = 255;
+  const char16_t* codes[] = {u"",
+                             u"GENERAL",
+                             u";;;",
+                             u"\"ok\";-General;0;[Red]@",
+                             u"_(* #,##0.00_);_(* \\(#,##0\\);\"-\"??;_(@_)",
+                             u"YYYY/m/d;@",
+                             u"0",
+                             u"0.00",
+                             u"#,##0",
+                             u"#,##0.00",
+                             u"0%",
+                             u"0.0%",
+                             u"0.0E+00",
+                             u"@",
+                             u"yyyy-mm-dd",
+                             u"m/d/yyyy",
+                             u"d mmmm yy",
+                             u"h:mm:ss",
+                             u"h:mm AM/PM",
+                             u"[h]:mm",
+                             u"0.0#",
+                             u"000",
+                             u"0;[Red]-0",
+                             u"0;-0;\"zero\"",
+                             u"0.00 \"kg\"",
+                             u"#,##0.0,,",
+                             u"$#,##0.00",
+                             u"dddd, d mmm yyyy",
+                             u"mm:ss.00",
+                             u"# ?/8"};
   for (const char16_t* code : codes) formats.emplace_back().NumberFormat = code;
   TWorkbook book;
+  book.Theme().ClearColors();
+  for (uint32_t color = 1; color <= 12; ++color) book.Theme().AddColor(0xFF000000u + color * 0x101520);
   for (size_t i = 0; i < formats.size(); ++i)
     book.GetSheet(0)->SetCell({2, static_cast<int32_t>(i) + 1}, Formatted(1.5, formats[i]));
   TWorkbook loaded;
   Reload(book, loaded);
+  EXPECT_TRUE(loaded.Theme() == book.Theme());
   for (size_t i = 0; i < formats.size(); ++i) {
     const TCellFormat format =
         loaded.GetSheet(0)->ResolveFormat({2, static_cast<int32_t>(i) + 1}, &loaded.StyleSheet());
@@ -139,8 +174,8 @@ TEST(OdsRoundTrip, KeepsWhatLiesOverCells) {
   sheet.SetValue({1, 9}, TCellValue::FromNumber(4));
   sheet.SetHyperlink(1, 9, u"https://example.org/?a=1&b=2");
   TCell rich;
-  rich.Value = TCellValue::FromText(u"red  bold");
-  rich.RichText = {{u"red ", {}}, {u" bold", {}}};
+  rich.Value = TCellValue::FromText(u"red\n  bold\r\n");
+  rich.RichText = {{u"red\n ", {}}, {u" bold\r\n", {}}};
   rich.RichText[0].Font.Color = TColorRef::FromARGB(0xFFFF0000);
   rich.RichText[1].Font.Bold = true;
   sheet.SetCell({6, 1}, rich);
@@ -149,9 +184,9 @@ TEST(OdsRoundTrip, KeepsWhatLiesOverCells) {
   rule.Ranges = {{7, 1, 7, kMaxRow}, {9, 4, 300, 4}};
   rule.ValidationType = dvtDecimal;
   rule.Operator = dvoGreaterEqual;
-  rule.Formula1 = u"$A$1";
+  rule.Formula1 = u"= $A$1";
   rule.ShowErrorMessage = true;
-  rule.Error = u"two\r\nlines";
+  rule.Error = u"two \r\n  lines\t";
   rule.ErrorStyle = dvesWarning;
   sheet.Validations().AddRule(rule);
   rule = {};
@@ -162,6 +197,11 @@ TEST(OdsRoundTrip, KeepsWhatLiesOverCells) {
   rule.AllowBlank = rule.ShowInputMessage = true;
   rule.Prompt = u"pick";
   sheet.Validations().AddRule(rule);
+  rule.Name = u"LIST";
+  rule.Formula1 = u"rate";
+  rule.Ranges = {{1, 2, 1, 2}};
+  sheet.Validations().AddRule(rule);
+  sheet.SetHyperlink(1, 30, u"#Sheet1!A1");
   sheet.SetValue({1, 20}, TCellValue::FromFormula(u"SEQUENCE(2,2)"));
   TCell anchor = sheet.GetCell({1, 20});
   anchor.SetCachedResult(TCellValue::FromNumber(1));
@@ -171,12 +211,16 @@ TEST(OdsRoundTrip, KeepsWhatLiesOverCells) {
   sheet.Spills().SetSpill(1, 20, 2, 2, values);
   sheet.Sizing().SetColWidthChars(3, 20);
   sheet.Sizing().SetColHidden(5, true);
-  sheet.Sizing().SetRowHeightPt(7, 30);
+  sheet.Sizing().SetRowHeightPt(7, 30.1);
+  sheet.Sizing().SetColWidthChars(4, 0);
+  sheet.Sizing().SetDefaultColWidth(9.7);
+  sheet.Sizing().SetDefaultRowHeight(12.3);
   sheet.Sizing().SetRowHidden(8, true);
   sheet.Tables().Add(u"Sales", {11, 1, 12, 9});
   sheet.AutoFilter().Enable({11, 1, 12, 9});
   book.SetNamedFormula(u"area", u"=Sheet1!$A$1:$B$2");
-  book.SetNamedFormula(u"rate", u"=0.5*Sheet1!$A$1");
+  book.SetNamedFormula(u"rate", u"=0.5*Sheet1!$A$1*{1,2}");
+  book.GetSheet(1)->AutoFilter().Enable({1, 1, 2, 9});
   TWorkbook loaded;
   Reload(book, loaded);
   const TWorksheet& read = *loaded.GetSheet(0);
@@ -191,16 +235,22 @@ TEST(OdsRoundTrip, KeepsWhatLiesOverCells) {
     EXPECT_TRUE(read.Validations().GetRule(i) == sheet.Validations().GetRule(i)) << i;
   EXPECT_FALSE(read.HasCell({2, 21}));
   EXPECT_EQ(read.GetEffectiveValue({2, 21}).Number, 4);
-  EXPECT_NEAR(read.Sizing().GetColWidthChars(3), 20, 0.01);
+  EXPECT_EQ(read.FindHyperlink(1, 30), TText(u"#Sheet1!A1"));
+  EXPECT_EQ(read.Sizing().GetColWidthChars(3), 20);
+  EXPECT_EQ(read.Sizing().GetColWidthChars(4), 0);
+  EXPECT_EQ(read.Sizing().GetColWidthChars(2), 9.7);
+  EXPECT_EQ(read.Sizing().GetRowHeightPt(2), 12.3);
   EXPECT_FALSE(read.Sizing().HasCustomColWidth(2));
   EXPECT_TRUE(read.Sizing().IsColHidden(5));
-  EXPECT_NEAR(read.Sizing().GetRowHeightPt(7), 30, 0.05);
+  EXPECT_EQ(read.Sizing().GetRowHeightPt(7), 30.1);
+  EXPECT_FALSE(read.Sizing().HasCustomRowHeight(2));
   EXPECT_TRUE(read.Sizing().IsRowHidden(8));
   ASSERT_EQ(read.Tables().Count(), 1u);
   EXPECT_EQ(read.Tables().GetItem(0).Ref(), (TCellRange{11, 1, 12, 9}));
   EXPECT_EQ(read.AutoFilter().Range(), (TCellRange{11, 1, 12, 9}));
   EXPECT_EQ(loaded.CopyNamedFormulas(), book.CopyNamedFormulas());
   EXPECT_EQ(loaded.GetSheet(1)->Visibility(), svHidden);
+  EXPECT_TRUE(loaded.GetSheet(1)->AutoFilter().IsEnabled() && loaded.GetSheet(1)->Tables().IsEmpty());
 }
 
 TEST(OdsRoundTrip, KeepsDrawings) {

@@ -89,7 +89,7 @@ TEST(OdsWriterTexts, KeepBlanksTabsAndLineEnds) {
     std::u16string Text;
     std::string Written;
   } cases[] = {
-      {u"", ">|<p></p>"},
+      {u"", " string-value=\"\">|<p></p>"},
       {u"a b", ">|<p>a b</p>"},
       {u" a  b   c ", ">|<p><s/>a <s/>b <s c=\"2\"/>c<s/></p>"},
       {u"a\tb", ">|<p>a<tab/>b</p>"},
@@ -184,7 +184,7 @@ TEST(OdsWriterColumns, ShareStylesAndAreRepeatedInSteps) {
   TRowColSizing& sizing = book.GetSheet(0)->Sizing();
   for (int32_t col = 2; col <= 300; ++col) sizing.SetColWidthChars(col, 20);
   sizing.SetColHidden(301, true);
-  const std::string content = OdsPart(book, "content.xml");
+  const std::string content = OdsPart(book, "content.xml", Literal());
   EXPECT_EQ(
       Cut(content, "<table:table-column/>", "<table:table-row"),
       "<table:table-column/><table:table-column table:style-name=\"co2_s1\" table:number-columns-repeated=\"256\"/>"
@@ -240,6 +240,12 @@ TEST(OdsWriterNumberFormats, BecomeDataStyles) {
       {u"dddd, d. mmm yy;@",
        "<date-style style:name=\"N1\"><day-of-week style:style=\"long\"/><text>, </text><day/>"
        "<text>. </text><month textual=\"true\"/><text> </text><year/></date-style>"},
+      {u"0;-General;;@",
+       "<number-style style:name=\"N1P0\" style:volatile=\"true\"><number decimal-places=\"0\" "
+       "min-decimal-places=\"0\" min-integer-digits=\"1\"/></number-style><number-style style:name=\"N1P1\" "
+       "style:volatile=\"true\"><text>-</text><number min-integer-digits=\"1\"/></number-style><number-style "
+       "style:name=\"N1\"><text/><style:map style:condition=\"value()&gt;0\" style:apply-style-name=\"N1P0\"/>"
+       "<style:map style:condition=\"value()&lt;0\" style:apply-style-name=\"N1P1\"/></number-style>"},
       {u"h:mm AM/PM",
        "<time-style style:name=\"N1\"><hours/><text>:</text><minutes style:style=\"long\"/><text> "
        "</text><am-pm/></time-style>"},
@@ -256,7 +262,8 @@ TEST(OdsWriterNumberFormats, BecomeDataStyles) {
     cell.Value = TCellValue::FromNumber(1);
     cell.StyleIndex = book.StyleSheet().AddCellXf(format);
     book.GetSheet(0)->SetCell({1, 1}, cell);
-    std::string styles = Cut(OdsPart(book, "content.xml"), "<office:automatic-styles>", "<style:style ").substr(25);
+    std::string styles =
+        Cut(OdsPart(book, "content.xml", Literal()), "<office:automatic-styles>", "<style:style ").substr(25);
     for (size_t at = styles.find("number:"); at != styles.npos; at = styles.find("number:", at)) styles.erase(at, 7);
     for (size_t at = styles.find(" style=\"long"); at != styles.npos; at = styles.find(" style=\"long"))
       styles.insert(at + 1, "style:");
@@ -279,7 +286,8 @@ TEST(OdsWriterStyles, AreWrittenOncePerDistinctFormat) {
   TCell indexed;
   indexed.StyleIndex = book.StyleSheet().AddCellXf(cell.FormatOverride);
   sheet.SetCell({2, 1}, indexed);
-  const std::string content = OdsPart(book, "content.xml");
+  const std::string content = OdsPart(book, "content.xml", Literal());
+  EXPECT_EQ(content.find("tessarine:", content.find("office:version")), content.npos) << content;
   EXPECT_EQ(Cut(content, "<style:style style:name=\"ce1\"", "</style:style>"),
             "<style:style style:name=\"ce1\" style:family=\"table-cell\" style:parent-style-name=\"Default\">"
             "<style:table-cell-properties fo:background-color=\"#4472c4\" style:vertical-align=\"bottom\" "
@@ -314,7 +322,7 @@ TEST(OdsWriterLists, NamesRulesTablesAndFiltersStandAroundTheSheets) {
   sheet.AutoFilter().SetColumnValues(4, {u"x", u"y"}, false);
   sheet.AutoFilter().SetColumnContains(5, u"1.5", true);
   sheet.Sizing().SetRowHidden(3, true);
-  const std::string content = OdsPart(book, "content.xml");
+  const std::string content = OdsPart(book, "content.xml", Literal());
   const char* pieces[] = {
       "<table:content-validation table:name=\"one\" table:condition=\"of:cell-content-is-whole-number() and "
       "cell-content-is-between(1,[.B1])\" table:allow-empty-cell=\"true\" "

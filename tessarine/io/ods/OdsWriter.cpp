@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <tessarine/core/format/Theme.h>
 #include <tessarine/core/lists/CellComments.h>
 #include <tessarine/core/lists/ConditionalFormats.h>
 #include <tessarine/core/lists/PageSetup.h>
@@ -12,11 +13,14 @@
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
 #include <tessarine/io/FileReport.h>
+#include <tessarine/io/detail/SaveBook.h>
 #include <tessarine/io/ods/detail/OdsDrawingWriter.h>
+#include <tessarine/io/ods/detail/OdsExactMarks.h>
 #include <tessarine/io/ods/detail/OdsListWriter.h>
 #include <tessarine/io/ods/detail/OdsPackageWriter.h>
 #include <tessarine/io/ods/detail/OdsSheetWriter.h>
 #include <tessarine/io/ods/detail/OdsStyleWriter.h>
+#include <tessarine/io/xlsx/detail/XlsxThemeWriter.h>
 #include <tessarine/platform/Files.h>
 #include <tessarine/platform/ZipWriter.h>
 
@@ -49,7 +53,7 @@ void ReportDropped(const TWorksheet& ASheet, TFileReport& AReport) {
 class TContentWriter {
  public:
   TContentWriter(const TWorkbook& AWorkbook, const TOdsWriteOptions& AOptions, detail::TOdsWriteBag& ABag)
-      : FWorkbook(AWorkbook), FOptions(AOptions), FBag(ABag), FStyles(AWorkbook, AOptions.Report) {}
+      : FWorkbook(AWorkbook), FOptions(AOptions), FBag(ABag), FStyles(AWorkbook, AOptions) {}
 
   std::string Run() {
     size_t cells = 0;
@@ -68,9 +72,11 @@ class TContentWriter {
 
  private:
   void AppendBody() {
-    FOut += "<office:body><office:spreadsheet>";
+    FOut += "<office:body><office:spreadsheet";
+    if (!FOptions.Literal) FOut += " tessarine:arrays=\"standard\"";
+    FOut += '>';
     const detail::TOdsRuleNames names = detail::NameOdsValidations(FWorkbook);
-    detail::AppendOdsValidations(FWorkbook, names, FOut);
+    detail::AppendOdsValidations(FWorkbook, names, FOptions.Literal, FOut);
     const detail::TOdsSheetContext context{FWorkbook, FOptions, FStyles, FOut};
     for (int32_t i = 0; i < FWorkbook.SheetCount(); ++i) {
       const TWorksheet& sheet = *FWorkbook.GetSheet(i);
@@ -78,8 +84,8 @@ class TContentWriter {
       const std::string shapes = detail::OdsShapes(sheet, FOptions, FStyles, FBag);
       detail::TOdsSheetWriter(context, sheet, i, names[static_cast<size_t>(i)], shapes).Run();
     }
-    detail::AppendOdsNames(FWorkbook, FOut);
-    detail::AppendOdsDatabaseRanges(FWorkbook, FOptions.Report, FOut);
+    detail::AppendOdsNames(FWorkbook, FOptions.Literal, FOut);
+    detail::AppendOdsDatabaseRanges(FWorkbook, FOptions, FOut);
     FOut += "</office:spreadsheet></office:body>";
   }
 
@@ -93,7 +99,8 @@ class TContentWriter {
 }  // namespace
 
 void TOdsWriter::SaveToFile(TWorkbook& AWorkbook, const std::string& AFileName, const TOdsWriteOptions& AOptions) {
-  SaveToFileViaTemp(AFileName, [&](IWriteStream& AStream) { SaveToStream(AWorkbook, AStream, AOptions); });
+  detail::SaveBookViaTemp(AWorkbook, AFileName,
+                          [&](IWriteStream& AStream) { SaveToStream(AWorkbook, AStream, AOptions); });
 }
 
 void TOdsWriter::SaveToStream(TWorkbook& AWorkbook, IWriteStream& AStream, const TOdsWriteOptions& AOptions) {
@@ -101,6 +108,8 @@ void TOdsWriter::SaveToStream(TWorkbook& AWorkbook, IWriteStream& AStream, const
   detail::TOdsWriteBag bag;
   TContentWriter writer(AWorkbook, AOptions, bag);
   std::string content = writer.Run();
+  if (!AOptions.Literal && AWorkbook.Theme() != TTessarineTheme())
+    bag.AddPart(std::string(detail::kOdsThemePart), detail::XlsxThemePart(AWorkbook.Theme()), "text/xml");
   AOptions.Control.CheckStop();
   TZipWriter zip(AStream, {AOptions.Level, AOptions.Time});
   zip.AddStored("mimetype", "application/vnd.oasis.opendocument.spreadsheet");

@@ -17,8 +17,10 @@ struct TOdsWriteOptions {
   /// The time that the entries of the package carry, as a serial number; without it 1980-01-01, so that equal workbooks
   /// give equal bytes.
   std::optional<double> Time = {};
-  /// Booleans in the attribute "office:value", the chart class "chart:column" and the prefixes of newer functions
-  /// ("_xlfn.") as some readers expect them, in place of the forms that the standard has.
+  /// Booleans in the attribute "office:value", the chart class "chart:column", the prefixes of newer functions
+  /// ("_xlfn.") and the separators of array constants as some readers expect them, in place of the forms that the
+  /// standard has; and none of the attributes and parts of our own namespace, by which all that the standard rounds or
+  /// cannot say (theme colours, sizes, codes of number formats) is exact when it is read again.
   bool Literal = false;
   TWorkControl Control;           ///< polled every few thousand cells; progress is reported in phase ppSaving
   TFileReport* Report = nullptr;  ///< told of all that is written in another form or not at all; may be null

@@ -27,7 +27,7 @@ bool IsWord(std::string_view AText, const char (&AWord)[TSize]) {
 
 bool IsTrueWord(std::string_view AText) { return AText == "true" || AText == "1"; }
 
-constexpr TCellErrorCode kErrorCodes[] = {ceDiv0, ceNA, ceName, ceNull, ceNum, ceRef, ceValue};
+constexpr TCellErrorCode kErrorCodes[] = {ceDiv0, ceNA, ceName, ceNull, ceNum, ceRef, ceValue, ceCirc, ceSpill};
 
 }  // namespace
 
@@ -102,7 +102,7 @@ bool TOdsCellReader::TryReadValueAttribute(std::string_view AName, std::string_v
     FFormula = AValue;
   } else if (IsWord(AName, "string-value")) {
     FStringValue = AValue;
-    FCell.HasText = !AValue.empty();
+    FCell.HasText = true;
   } else {
     return false;
   }
@@ -158,13 +158,14 @@ bool TOdsCellReader::HasContent() const {
 }
 
 TCellValue TOdsCellReader::TextValue() const {
-  const std::string& text = FCell.HasText ? FStringValue : FText.Text();
-  return text.empty() ? TCellValue() : TCellValue::FromText(TText::FromUtf8(text));
+  if (FCell.HasText) return TCellValue::FromText(TText::FromUtf8(FStringValue));
+  return FText.Text().empty() ? TCellValue() : TCellValue::FromText(TText::FromUtf8(FText.Text()));
 }
 
 /// What the cell means by its type; a number that is not stated may stand in its text.
 TCellValue TOdsCellReader::Value() {
   double number = 0;
+  if (FCell.IsError) return ErrorResult();
   switch (FCell.Type) {
     case TType::ctFloat:
     case TType::ctPercentage:
@@ -188,14 +189,13 @@ TCellValue TOdsCellReader::Value() {
 
 /// The last result of a formula. One without a type is a number where its text is one.
 TCellValue TOdsCellReader::FormulaResult() {
-  if (FCell.IsError) return ErrorResult();
-  if (FCell.Type == TType::ctText) {
+  if (FCell.Type == TType::ctText && !FCell.IsError) {
     // An empty text is a result like any other when the file says that it is one.
     return TCellValue::FromText(TText::FromUtf8(FCell.HasText ? FStringValue : FText.Text()));
   }
   const TCellValue value = Value();
   double number = 0;
-  if (FCell.Type == TType::ctNone && TryParseFileNumber(std::string_view(FText.Text()), number))
+  if (FCell.Type == TType::ctNone && !FCell.IsError && TryParseFileNumber(std::string_view(FText.Text()), number))
     return TCellValue::FromNumber(number);
   return value;
 }
@@ -232,7 +232,8 @@ void TOdsCellReader::PlaceCell() {
   const bool isRest = isLong || FCol == kMaxCol || FRow == kMaxRow;
   const bool showsBlank = FStyle && !FStyle->IsDefault && (FHasOwnStyle || FStyle->ShowsOnBlanks) && !isRest;
   const bool isMerged = FCell.ColSpan > 1 || FCell.RowSpan > 1;
-  if (!hasContent && !showsBlank && !isMerged) {
+  const bool isLinked = !FText.Link().empty() && !isLong;
+  if (!hasContent && !showsBlank && !isMerged && !isLinked) {
     if (!FBlocks.IsEmpty() && FCell.Repeat == 1 && FRowRepeat == 1)
       FBlocks.TryStore(FCol, FRow, {}, FReader.PartName());
     return;
@@ -245,21 +246,22 @@ void TOdsCellReader::PlaceCell() {
         FContext.Budget.RepeatedCells, extra, [this] { return CellPlace(); }, "the repeated cells");
   }
   if (isMerged) MergeCells(range);
+  if (isLinked || (hasContent && !FText.Link().empty()))
+    FSheet.Hyperlinks().SetHyperlinkRange(range, TText::FromUtf8(FText.Link()));
   if (hasContent || showsBlank) Store(range);
 }
 
 void TOdsCellReader::Store(const TCellRange& ARange) {
   FMaxCol = std::max(FMaxCol, ARange.EndCol);
   FMaxRow = std::max(FMaxRow, ARange.EndRow);
-  const std::string& link = FText.Link();
-  if (!link.empty()) FSheet.Hyperlinks().SetHyperlinkRange(ARange, TText::FromUtf8(link));
   const bool hasContent = HasContent();
   const int32_t style = hasContent ? StyleIndex() : FContext.Formats.IndexOf(*FStyle);
   if (!FFormula.empty()) return StoreFormulas(ARange, FormulaResult(), style);
   const TCellValue value = hasContent ? Value() : TCellValue();
-  if (value.Kind == cvkText && !FCell.HasText && FBlocks.IsEmpty()) {
+  if (value.Kind == cvkText && FBlocks.IsEmpty()) {
     TRichTextRuns runs = FText.Runs(FStyle ? FStyle->Format.Font : TCellFormat::Default().Font);
-    if (!runs.empty()) return StoreRich(ARange, value, style, std::move(runs));
+    const bool agrees = !FCell.HasText || runs.empty() || OdsTakeLineEnds(value.Text.View(), runs);
+    if (!runs.empty() && agrees) return StoreRich(ARange, value, style, std::move(runs));
   }
   for (int32_t col = ARange.StartCol; col <= ARange.EndCol; ++col)
     for (int32_t row = ARange.StartRow; row <= ARange.EndRow; ++row) StoreAt(col, row, value, style);
@@ -291,7 +293,7 @@ void TOdsCellReader::StoreRich(const TCellRange& ARange, const TCellValue& AValu
 }
 
 void TOdsCellReader::StoreFormulas(const TCellRange& ARange, const TCellValue& AResult, int32_t AStyle) {
-  FFormulaText = OdsFormulaToExcel(Utf8ToUtf16(FFormula));
+  FFormulaText = OdsFormulaToExcel(Utf8ToUtf16(FFormula), FContext.StandardArrays);
   if (!FFormulaText.starts_with(u'=')) FFormulaText.insert(FFormulaText.begin(), u'=');
   for (int32_t col = ARange.StartCol; col <= ARange.EndCol; ++col) {
     for (int32_t row = ARange.StartRow; row <= ARange.EndRow; ++row) {

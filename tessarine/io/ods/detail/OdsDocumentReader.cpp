@@ -8,10 +8,12 @@
 #include <tessarine/core/lists/SheetTables.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/ods/detail/OdsExactMarks.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
 #include <tessarine/io/ods/detail/OdsSheetReader.h>
 #include <tessarine/io/xlsx/detail/XlsxBudget.h>
 #include <tessarine/io/xlsx/detail/XlsxPackage.h>
+#include <tessarine/io/xlsx/detail/XlsxTheme.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
@@ -40,7 +42,7 @@ TOdsDocumentReader::TOdsDocumentReader(TWorkbook& AWorkbook, const TXlsxPackage&
     : FWorkbook(AWorkbook),
       FPackage(APackage),
       FOptions(AOptions),
-      FStyles(AOptions.Limits, AOptions.FontInstalled),
+      FStyles(AOptions.Limits, AOptions.FontInstalled, &AWorkbook.Theme()),
       FFormats(FStyles, AWorkbook.StyleSheet()),
       FContext{AOptions, FStyles, FFormats, FBudget},
       FValidations(FContext),
@@ -48,6 +50,8 @@ TOdsDocumentReader::TOdsDocumentReader(TWorkbook& AWorkbook, const TXlsxPackage&
 
 void TOdsDocumentReader::Read() {
   FOptions.Control.Report(ppLoading, 0);
+  if (const TByteBuffer bytes = FPackage.ReadPart(kOdsThemePart); !bytes.IsEmpty())
+    ReadXlsxTheme(bytes.Text(), kOdsThemePart, FOptions.Limits, FWorkbook.Theme());
   if (const TByteBuffer bytes = FPackage.ReadPart(kStylesPart); !bytes.IsEmpty())
     FStyles.LoadPart(bytes.Text(), kStylesPart);
   FOptions.Control.CheckStop();
@@ -85,6 +89,7 @@ bool TOdsDocumentReader::ReadContent() {
 }
 
 void TOdsDocumentReader::ReadSpreadsheet(TXmlReader& AReader) {
+  FContext.StandardArrays = AReader.FindAttribute("arrays") == std::optional<std::string_view>("standard");
   const size_t depth = AReader.Depth();
   for (TXmlEvent event = AReader.Next(); event != xeEnd; event = AReader.Next()) {
     if (event == xeEndElement && AReader.Depth() == depth) return;
@@ -139,7 +144,8 @@ void TOdsDocumentReader::ReadNames(const TXmlNode* ANode, std::vector<TName>& AN
   for (const TXmlNode* node : TXmlElements(ANode)) {
     const TText name = TText::FromUtf8(XmlAttr(node, "name"));
     if (XmlLocalNameIs(node, "named-expression")) {
-      ANames.push_back({name, TText(OdsFormulaToExcel(Utf8ToUtf16(XmlAttr(node, "expression"))))});
+      ANames.push_back(
+          {name, TText(OdsFormulaToExcel(Utf8ToUtf16(XmlAttr(node, "expression")), FContext.StandardArrays))});
     } else if (XmlLocalNameIs(node, "named-range")) {
       const auto reference = OdsAddressToExcel(Utf8ToUtf16(XmlAttr(node, "cell-range-address")));
       if (reference) {
@@ -163,6 +169,7 @@ void TOdsDocumentReader::ReadDatabaseRanges(const TXmlNode* ANode) {
     range.Range = target->Range;
     range.HasHeader = XmlAttr(node, "contains-header", "true") != "false";
     range.HasButtons = XmlAttr(node, "display-filter-buttons") == "true";
+    range.IsTable = XmlAttr(node, "no-table") != "true";
     if (XmlFindChild(node, "filter")) FContext.ReportDropped("filter criterion", Utf16ToUtf8(range.Sheet));
     FDatabaseRanges.push_back(std::move(range));
   }
@@ -187,13 +194,14 @@ void TOdsDocumentReader::ApplyDatabaseRanges() {
   for (const TDatabaseRange& range : FDatabaseRanges) {
     TWorksheet* sheet = FWorkbook.FindSheet(range.Sheet);
     if (!sheet) sheet = FWorkbook.ActiveSheet() ? FWorkbook.ActiveSheet() : FWorkbook.GetSheet(0);
+    if (range.HasButtons) sheet->AutoFilter().Enable(range.Range);
+    if (!range.IsTable) continue;
     TXlsxBudget::Take(
         FBudget.TableColumns, static_cast<size_t>(range.Range.Width()), [] { return std::string(kContentPart); },
         "the columns of tables");
     TSheetTable& table = sheet->Tables().Add(TText(range.Name), range.Range);
     table.SetHasHeaderRow(range.HasHeader);
     table.SetShowAutoFilter(range.HasButtons);
-    if (range.HasButtons) sheet->AutoFilter().Enable(range.Range);
   }
   for (int32_t index = 0; index < FWorkbook.SheetCount(); ++index)
     if (!FWorkbook.GetSheet(index)->Tables().IsEmpty()) FWorkbook.GetSheet(index)->RefreshTableColumnNames();

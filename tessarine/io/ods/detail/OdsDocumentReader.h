@@ -45,6 +45,7 @@ class TOdsDocumentReader {
     TCellRange Range;
     bool HasHeader = true;
     bool HasButtons = false;
+    bool IsTable = true;  // false for the filter of a sheet alone
   };
 
   bool ReadContent();

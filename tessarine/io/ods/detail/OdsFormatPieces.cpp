@@ -43,6 +43,8 @@ class TSectionCutter {
     if (unit == u'[' && FCode.find(u']', FAt) != FCode.npos) return CutTag();
     if ((unit == u'\\' || unit == u'*' || unit == u'_') && FAt + 1 < FCode.size()) return CutEscape();
     if (FMeaning.find(u'a') != FMeaning.npos && (CutWord(u"am/pm") || CutWord(u"a/p"))) return;
+    if (unit == u'g' || unit == u'G')
+      if (CutGeneral()) return;
     if (unit == u'$') {
       Add(opkCurrency, u"$", false);
     } else {
@@ -57,6 +59,15 @@ class TSectionCutter {
     Add(opkUnits, AWord, false);
     Add(opkLiteral, {}, false);  // the next letters make a piece of their own
     FAt += AWord.size();
+    return true;
+  }
+
+  bool CutGeneral() {
+    constexpr std::u16string_view kGeneral = u"general";
+    if (FMeaning.find(u'#') == FMeaning.npos || !EqualAsciiNoCase(FCode.substr(FAt, kGeneral.size()), kGeneral))
+      return false;
+    Add(opkGeneral, {}, false);
+    FAt += kGeneral.size();
     return true;
   }
 

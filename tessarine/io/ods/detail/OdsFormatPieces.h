@@ -12,6 +12,7 @@ enum class TOdsPieceKind : uint8_t {
   opkFill,      // Text: the character that fills
   opkCurrency,  // Text: the symbol
   opkUnits,     // Text: units that mean something: placeholders, letters of dates
+  opkGeneral,   // the word "General" of codes for numbers
   opkElapsed,   // Text: the letters of "[hh]"
 };
 using enum TOdsPieceKind;

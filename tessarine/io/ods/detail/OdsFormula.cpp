@@ -233,7 +233,8 @@ std::u16string_view WithoutVendor(std::u16string_view AFunction) {
 /// Rewrites the references of a formula of a file.
 class TFormulaOfFile {
  public:
-  TFormulaOfFile(std::u16string_view AText, std::u16string& AOut) : FText(AText), FOut(AOut) {}
+  TFormulaOfFile(std::u16string_view AText, bool AStandardArrays, std::u16string& AOut)
+      : FText(AText), FStandardArrays(AStandardArrays), FOut(AOut) {}
 
   void Rewrite() {
     while (FAt < FText.size()) {
@@ -264,7 +265,7 @@ class TFormulaOfFile {
   /// Where "|" separates the rows of an array, ";" separates its columns; else it stays what it is.
   void RewriteBraces() {
     size_t end = FAt;
-    bool hasRows = false;
+    bool hasRows = FStandardArrays;
     while (end < FText.size() && FText[end] != u'}') {
       hasRows = hasRows || FText[end] == u'|';
       end = FText[end] == u'"' ? BehindQuoted(FText, end) : end + 1;
@@ -354,6 +355,7 @@ class TFormulaOfFile {
   }
 
   std::u16string_view FText;
+  bool FStandardArrays;
   std::u16string& FOut;
   TBracketGroups FGroups;
   size_t FAt = 0;
@@ -361,10 +363,19 @@ class TFormulaOfFile {
 
 // ---- formulas of this system
 
+/// Whether the mark of a newer function stands at AAt.
+bool IsFunctionMark(std::u16string_view AText, size_t AAt) {
+  if (AText[AAt] != u'_') return false;
+  const std::u16string_view mark = AText.substr(AAt, 6);
+  return EqualAsciiNoCase(mark, u"_xlfn.") || EqualAsciiNoCase(mark, u"_xlws.");
+}
+constexpr size_t kFunctionMarkLength = 6;
+
 /// Rewrites the references and separators of a formula for a file.
 class TFormulaForFile {
  public:
-  TFormulaForFile(std::u16string_view AText, std::u16string& AOut) : FText(AText), FOut(AOut) {}
+  TFormulaForFile(std::u16string_view AText, bool AIsLiteral, std::u16string& AOut)
+      : FText(AText), FIsLiteral(AIsLiteral), FOut(AOut) {}
 
   void Rewrite() {
     while (FAt < FText.size()) {
@@ -375,12 +386,14 @@ class TFormulaForFile {
         CopyTo(FGroups.BehindGroup(FText, FAt));
       } else if (unit == u'#') {
         CopyError();
+      } else if (!FIsLiteral && IsFunctionMark(FText, FAt)) {
+        FAt += kFunctionMarkLength;
       } else if (unit == u'\'' || IsWordUnit(unit) || unit == u'.') {
         RewriteWord();
       } else {
         if (unit == u'{') ++FBraces;
         if (unit == u'}' && FBraces > 0) --FBraces;
-        FOut += unit == u',' && FBraces == 0 ? u';' : unit;
+        FOut += SeparatorOf(unit);
         ++FAt;
       }
     }
@@ -394,6 +407,13 @@ class TFormulaForFile {
   }
 
  private:
+  /// What stands for a separator in files; any other unit for itself.
+  char16_t SeparatorOf(char16_t AUnit) const {
+    if (FBraces > 0 && FIsLiteral) return AUnit;
+    if (AUnit == u',') return u';';
+    return AUnit == u';' && FBraces > 0 ? u'|' : AUnit;
+  }
+
   void CopyTo(size_t AEnd) {
     FOut += FText.substr(FAt, AEnd - FAt);
     FAt = AEnd;
@@ -471,6 +491,7 @@ class TFormulaForFile {
   }
 
   std::u16string_view FText;
+  bool FIsLiteral;
   std::u16string& FOut;
   TBracketGroups FGroups;
   size_t FAt = 0;
@@ -483,22 +504,22 @@ std::u16string_view WithoutEquals(std::u16string_view AFormula) {
 
 }  // namespace
 
-std::u16string OdsFormulaToExcel(std::u16string_view AFormula) {
+std::u16string OdsFormulaToExcel(std::u16string_view AFormula, bool AStandardArrays) {
   const std::u16string_view text = WithoutPrefix(TrimSpaces(AFormula));
   std::u16string result;
   result.reserve(text.size() + 1);
-  TFormulaOfFile(text, result).Rewrite();
+  TFormulaOfFile(text, AStandardArrays, result).Rewrite();
   if (result.find(u';') != result.npos) result = OdsSeparatorsToExcel(result);
   // Every placeholder call has this in its name.
   if (result.find(u'_') != result.npos) result = UnwrapXlUdfDummyFunction(result);
   return result;
 }
 
-std::u16string OdsFormulaFromExcel(std::u16string_view AFormula) {
+std::u16string OdsFormulaFromExcel(std::u16string_view AFormula, bool AIsLiteral) {
   const std::u16string_view text = WithoutEquals(AFormula);
   std::u16string result = u"of:=";
   result.reserve(text.size() + 16);
-  TFormulaForFile(text, result).Rewrite();
+  TFormulaForFile(text, AIsLiteral, result).Rewrite();
   return result;
 }
 
@@ -567,7 +588,7 @@ std::optional<std::u16string> OdsAddressToExcel(std::u16string_view AText) {
 
 std::optional<std::u16string> OdsAddressFromExcel(std::u16string_view AFormula) {
   std::u16string text;
-  if (!TFormulaForFile(WithoutEquals(TrimSpaces(AFormula)), text).TryAddress()) return std::nullopt;
+  if (!TFormulaForFile(WithoutEquals(TrimSpaces(AFormula)), true, text).TryAddress()) return std::nullopt;
   return text;
 }
 

@@ -14,11 +14,16 @@ namespace tessarine::detail {
 /// A formula of a file in this system's form: blanks around it and a prefix such as "of:=" dropped, references without
 /// brackets, arguments separated by ",", a text inside a placeholder call unwrapped. There is no "=" in front, but for
 /// unwrapped ones. String literals are left alone, and what is not recognised passes unchanged.
-std::u16string OdsFormulaToExcel(std::u16string_view AFormula);
+///
+/// In braces that hold a "|" it separates rows and ";" columns; others keep their separators unless AStandardArrays
+/// says that ";" separates columns in all of them.
+std::u16string OdsFormulaToExcel(std::u16string_view AFormula, bool AStandardArrays = false);
 
 /// A formula in the form of files: "of:=" and the text without its "=", references in brackets with absolute sheets,
-/// arguments separated by ";". Braces keep their separators.
-std::u16string OdsFormulaFromExcel(std::u16string_view AFormula);
+/// arguments separated by ";", and in braces columns by ";" and rows by "|". The marks of newer functions ("_xlfn.",
+/// "_xlws."), which other formats put in front of their names, are dropped. A literal one keeps marks and separators
+/// in braces.
+std::u16string OdsFormulaFromExcel(std::u16string_view AFormula, bool AIsLiteral = false);
 
 /// The name of a sheet as an address attribute or a reference has it, without "$" in front and without quotes.
 std::u16string OdsUnquoteSheetName(std::u16string_view AName);

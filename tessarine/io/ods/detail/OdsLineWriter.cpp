@@ -12,9 +12,8 @@ namespace tessarine::detail {
 
 namespace {
 
-// Sizes of lines that a file says nothing of.
-constexpr double kPlainColWidth = 8.43;
-constexpr double kPlainRowHeight = 15;
+/// A key for the sizes of lines: the default one is another than the same size set.
+double SizeKey(double ASize, bool AIsDefault) { return AIsDefault ? -1 : ASize; }
 
 }  // namespace
 
@@ -30,10 +29,11 @@ std::string TOdsLineWriter::StyleName(const char* APrefix, int32_t ALine) const 
 
 int32_t TOdsLineWriter::ColumnStyleOf(int32_t ACol) {
   const TRowColSizing& sizing = FSheet.Sizing();
-  if (!sizing.HasCustomColWidth(ACol) && sizing.DefaultColWidth() == kPlainColWidth) return 0;
+  const bool isDefault = !sizing.HasCustomColWidth(ACol);
+  if (isDefault && sizing.DefaultColWidth() == kOdsPlainColWidth) return 0;
   const double width = sizing.GetColWidthChars(ACol);
-  const auto [place, added] = FColumnStyles.try_emplace(width, ACol);
-  if (added) FStyles.AddColumnStyle(StyleName("co", ACol), width);
+  const auto [place, added] = FColumnStyles.try_emplace(SizeKey(width, isDefault), ACol);
+  if (added) FStyles.AddColumnStyle(StyleName("co", ACol), width, isDefault);
   return place->second;
 }
 
@@ -68,9 +68,9 @@ TOdsLineWriter::TRowLook TOdsLineWriter::LookOf(int32_t ARow) {
   const TRowColSizing& sizing = FSheet.Sizing();
   const bool isDefault = ARow > FLastSpecialRow || !sizing.HasCustomRowHeight(ARow);
   if (const double height = isDefault ? sizing.DefaultRowHeight() : sizing.GetRowHeightPt(ARow);
-      !isDefault || height != kPlainRowHeight) {
-    const auto [place, added] = FRowStyles.try_emplace(height, ARow);
-    if (added) FStyles.AddRowStyle(StyleName("ro", ARow), height);
+      !isDefault || height != kOdsPlainRowHeight) {
+    const auto [place, added] = FRowStyles.try_emplace(SizeKey(height, isDefault), ARow);
+    if (added) FStyles.AddRowStyle(StyleName("ro", ARow), height, isDefault);
     look.Style = place->second;
   }
   if (ARow <= FLastSpecialRow && sizing.IsRowHidden(ARow))

@@ -11,8 +11,10 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/io/FileReport.h>
+#include <tessarine/io/ods/OdsWriter.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
 #include <tessarine/io/ods/detail/OdsTextWriter.h>
+#include <tessarine/io/ods/detail/OdsValidationReader.h>
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlText.h>
 
@@ -50,18 +52,18 @@ class TUniqueNames {
 // ---- validations
 
 /// An operand or condition as formulas of files are, without the prefix.
-std::u16string ExpressionOf(std::u16string_view AText) {
+std::u16string ExpressionOf(std::u16string_view AText, bool AIsLiteral) {
   std::u16string_view text = TrimSpaces(AText);
   if (text.starts_with(u'=')) text.remove_prefix(1);
-  std::u16string expression = OdsFormulaFromExcel(std::u16string(u"=").append(text));
+  std::u16string expression = OdsFormulaFromExcel(std::u16string(u"=").append(text), AIsLiteral);
   constexpr std::u16string_view kPrefix = u"of:=";
   return expression.starts_with(kPrefix) ? expression.substr(kPrefix.size()) : expression;
 }
 
-std::u16string ListCondition(std::u16string_view ASource) {
+std::u16string ListCondition(std::u16string_view ASource, const TOdsRuleForm& AForm) {
   std::u16string condition = u"cell-content-is-in-list(";
-  if (TDataValidationList::IsListRangeFormula(ASource) || TrimSpaces(ASource).starts_with(u'='))
-    return condition.append(ExpressionOf(ASource)).append(u")");
+  if (AForm.SourceIsName || TDataValidationList::IsListRangeFormula(ASource) || TrimSpaces(ASource).starts_with(u'='))
+    return condition.append(ExpressionOf(ASource, AForm.IsLiteral)).append(u")");
   bool isFirst = true;
   for (const TText& item : TDataValidationList::ParseListItems(ASource)) {
     condition += isFirst ? u"\"" : u";\"";
@@ -72,12 +74,13 @@ std::u16string ListCondition(std::u16string_view ASource) {
   return condition + u")";
 }
 
-std::u16string ComparisonOf(const TDataValidationRule& ARule) {
+std::u16string ComparisonOf(const TDataValidationRule& ARule, bool AIsLiteral) {
   const std::u16string subject = ARule.ValidationType == dvtTextLength ? u"cell-content-text-length" : u"cell-content";
   const bool isBetween = ARule.Operator == dvoBetween || ARule.Operator == dvoNotBetween;
   if (isBetween) {
     const char16_t* test = ARule.Operator == dvoBetween ? u"-is-between(" : u"-is-not-between(";
-    return subject + test + ExpressionOf(ARule.Formula1) + u"," + ExpressionOf(ARule.Formula2) + u")";
+    return subject + test + ExpressionOf(ARule.Formula1, AIsLiteral) + u"," + ExpressionOf(ARule.Formula2, AIsLiteral) +
+           u")";
   }
   const char16_t* sign = u"=";
   switch (ARule.Operator) {
@@ -90,21 +93,40 @@ std::u16string ComparisonOf(const TDataValidationRule& ARule) {
     case dvoNotBetween:
     case dvoEqual: break;
   }
-  return subject + u"()" + sign + ExpressionOf(ARule.Formula1);
+  return subject + u"()" + sign + ExpressionOf(ARule.Formula1, AIsLiteral);
 }
 
-/// Empty for a rule that allows everything.
-std::u16string ConditionOf(const TDataValidationRule& ARule) {
+}  // namespace
+
+std::u16string OdsValidationCondition(const TDataValidationRule& ARule, const TOdsRuleForm& AForm) {
+  const auto comparison = [&] { return ComparisonOf(ARule, AForm.IsLiteral); };
   switch (ARule.ValidationType) {
-    case dvtList: return u"of:" + ListCondition(ARule.Formula1);
-    case dvtWhole: return u"of:cell-content-is-whole-number() and " + ComparisonOf(ARule);
-    case dvtDecimal: return u"of:cell-content-is-decimal-number() and " + ComparisonOf(ARule);
-    case dvtDate: return u"of:cell-content-is-date() and " + ComparisonOf(ARule);
-    case dvtTextLength: return u"of:" + ComparisonOf(ARule);
-    case dvtCustom: return u"of:is-true-formula(" + ExpressionOf(ARule.Formula1) + u")";
+    case dvtList: return u"of:" + ListCondition(ARule.Formula1, AForm);
+    case dvtWhole: return u"of:cell-content-is-whole-number() and " + comparison();
+    case dvtDecimal: return u"of:cell-content-is-decimal-number() and " + comparison();
+    case dvtDate: return u"of:cell-content-is-date() and " + comparison();
+    case dvtTextLength: return u"of:" + comparison();
+    case dvtCustom: return u"of:is-true-formula(" + ExpressionOf(ARule.Formula1, AForm.IsLiteral) + u")";
     case dvtNone: break;
   }
   return {};
+}
+
+namespace {
+
+/// Operands that the condition does not give back in their own spelling.
+void AppendOperandMarks(const TDataValidationRule& ARule, std::u16string_view ACondition, std::string& AOut) {
+  TDataValidationRule back;
+  if (!OdsParseValidationCondition(Utf16ToUtf8(ACondition), back, true)) return;
+  if (back.Formula1 != ARule.Formula1) AppendTextPair("tessarine:exact-first", ARule.Formula1, AOut);
+  if (back.Formula2 != ARule.Formula2) AppendTextPair("tessarine:exact-second", ARule.Formula2, AOut);
+}
+
+/// Whether the items of a list are a name that the workbook defines.
+bool IsDefinedName(const TWorkbook& AWorkbook, const TDataValidationRule& ARule) {
+  const std::u16string_view source = TrimSpaces(ARule.Formula1.View());
+  return ARule.ValidationType == dvtList && !source.empty() && source.front() != u'"' &&
+         AWorkbook.FindNamedFormula(source).has_value();
 }
 
 const char* MessageType(TDataValidationErrorStyle AStyle) {
@@ -128,12 +150,16 @@ void AppendMessage(const char* AElement, const char* AType, std::u16string_view 
 }
 
 void AppendValidation(const TWorksheet& ASheet, const TDataValidationRule& ARule, const std::string& AName,
-                      std::string& AOut) {
+                      const TOdsRuleForm& AForm, std::string& AOut) {
   AOut.append("<table:content-validation table:name=\"");
   AppendXmlAttribute(AName, AOut);
   AOut += '"';
-  if (const std::u16string condition = ConditionOf(ARule); !condition.empty())
-    AppendTextPair("table:condition", condition, AOut);
+  const std::u16string condition = OdsValidationCondition(ARule, AForm);
+  if (!condition.empty()) AppendTextPair("table:condition", condition, AOut);
+  if (!AForm.IsLiteral) {
+    if (!condition.empty()) AppendOperandMarks(ARule, condition, AOut);
+    if (AName != ARule.Name.ToUtf8()) AppendTextPair("tessarine:exact-name", ARule.Name, AOut);
+  }
   AppendWordPair("table:allow-empty-cell", TrueOrFalse(ARule.AllowBlank), AOut);
   if (ARule.ValidationType == dvtList) AppendWordPair("table:display-list", "unsorted", AOut);
   const TCellRange first = ARule.Ranges.empty() ? TCellRange{1, 1, 1, 1} : ARule.Ranges[0].Normalize();
@@ -203,13 +229,13 @@ void AppendCriteria(const TSheetAutoFilter& AFilter, std::string& AOut) {
 }
 
 void AppendDatabaseRange(const TWorksheet& ASheet, std::u16string_view AName, const TCellRange& ARange, bool AHasHeader,
-                         const TSheetAutoFilter* AFilter, std::string& AOut) {
+                         const TSheetAutoFilter* AFilter, const char* AMark, std::string& AOut) {
   AOut += "<table:database-range";
   AppendTextPair("table:name", AName, AOut);
   AppendTextPair("table:target-range-address", OdsSheetRangeAddress(ASheet.Name(), ARange), AOut);
   if (AFilter) AppendWordPair("table:display-filter-buttons", "true", AOut);
   if (!AHasHeader) AppendWordPair("table:contains-header", "false", AOut);
-  AOut += '>';
+  AOut.append(AMark).append(">");
   if (AFilter) AppendCriteria(*AFilter, AOut);
   AOut += "</table:database-range>";
 }
@@ -239,21 +265,21 @@ TOdsRuleNames NameOdsValidations(const TWorkbook& AWorkbook) {
   return names;
 }
 
-void AppendOdsValidations(const TWorkbook& AWorkbook, const TOdsRuleNames& ANames, std::string& AOut) {
+void AppendOdsValidations(const TWorkbook& AWorkbook, const TOdsRuleNames& ANames, bool AIsLiteral, std::string& AOut) {
   std::string validations;
   for (int32_t i = 0; i < AWorkbook.SheetCount(); ++i) {
     const TWorksheet& sheet = *AWorkbook.GetSheet(i);
-    size_t rule = 0;
+    size_t index = 0;
     for (const std::string& name : ANames[static_cast<size_t>(i)]) {
-      if (!name.empty()) AppendValidation(sheet, sheet.Validations().GetRule(rule), name, validations);
-      ++rule;
+      const TDataValidationRule& rule = sheet.Validations().GetRule(index++);
+      if (!name.empty()) AppendValidation(sheet, rule, name, {IsDefinedName(AWorkbook, rule), AIsLiteral}, validations);
     }
   }
   if (validations.empty()) return;
   AOut.append("<table:content-validations>").append(validations).append("</table:content-validations>");
 }
 
-void AppendOdsNames(const TWorkbook& AWorkbook, std::string& AOut) {
+void AppendOdsNames(const TWorkbook& AWorkbook, bool AIsLiteral, std::string& AOut) {
   const TWorksheet* first = AWorkbook.GetSheet(0);
   std::string names;
   for (const auto& [name, formula] : AWorkbook.CopyNamedFormulas()) {
@@ -263,14 +289,14 @@ void AppendOdsNames(const TWorkbook& AWorkbook, std::string& AOut) {
     AppendTextPair("table:name", name, names);
     AppendTextPair("table:base-cell-address", u"$" + OdsQuoteSheetName(first->Name()) + u".$A$1", names);
     AppendTextPair(address ? "table:cell-range-address" : "table:expression",
-                   address ? *address : OdsFormulaFromExcel(formula), names);
+                   address ? *address : OdsFormulaFromExcel(formula, AIsLiteral), names);
     names += "/>";
   }
   if (names.empty()) return;
   AOut.append("<table:named-expressions>").append(names).append("</table:named-expressions>");
 }
 
-void AppendOdsDatabaseRanges(const TWorkbook& AWorkbook, TFileReport* AReport, std::string& AOut) {
+void AppendOdsDatabaseRanges(const TWorkbook& AWorkbook, const TOdsWriteOptions& AOptions, std::string& AOut) {
   std::string ranges;
   TUniqueNames unique;
   for (int32_t i = 0; i < AWorkbook.SheetCount(); ++i) {
@@ -280,12 +306,13 @@ void AppendOdsDatabaseRanges(const TWorkbook& AWorkbook, TFileReport* AReport, s
       const bool isFiltered = !filterWritten && IsFilterOf(sheet.AutoFilter(), *table);
       filterWritten = filterWritten || isFiltered;
       AppendDatabaseRange(sheet, unique.Take(table->Name()), table->Ref(), table->HasHeaderRow(),
-                          isFiltered ? &sheet.AutoFilter() : nullptr, ranges);
-      ReportTable(*table, sheet.Name().ToUtf8(), AReport);
+                          isFiltered ? &sheet.AutoFilter() : nullptr, "", ranges);
+      ReportTable(*table, sheet.Name().ToUtf8(), AOptions.Report);
     }
     if (filterWritten) continue;
     AppendDatabaseRange(sheet, unique.Take(u"__Anonymous_Sheet_DB__" + Utf8ToUtf16(std::to_string(i))),
-                        sheet.AutoFilter().Range().Normalize(), true, &sheet.AutoFilter(), ranges);
+                        sheet.AutoFilter().Range().Normalize(), true, &sheet.AutoFilter(),
+                        AOptions.Literal ? "" : " tessarine:no-table=\"true\"", ranges);
   }
   if (ranges.empty()) return;
   AOut.append("<table:database-ranges>").append(ranges).append("</table:database-ranges>");

@@ -211,7 +211,8 @@ std::u16string OdsNumberFormatCode(const TXmlNode* ANode) {
     if (name == "text-properties") AppendColorMark(XmlAttr(child, "color"), code);
   }
   if (code.ends_with(u'*')) code.pop_back();
-  return code.empty() ? u"General" : code;
+  const bool showsNothing = XmlFindChild(ANode, "text") != nullptr;
+  return code.empty() && !showsNothing ? u"General" : code;
 }
 
 std::u16string OdsJoinConditionalCodes(const std::u16string& ACode, bool AIsText,

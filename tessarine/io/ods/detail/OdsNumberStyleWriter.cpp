@@ -9,6 +9,7 @@
 #include <tessarine/core/format/detail/FractionText.h>
 #include <tessarine/core/format/detail/NumberFormatCode.h>
 #include <tessarine/io/ods/detail/OdsFormatPieces.h>
+#include <tessarine/io/ods/detail/OdsStyleReader.h>
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlText.h>
 
@@ -55,6 +56,7 @@ class TChildren {
       case opkCurrency: Wrapped("number:currency-symbol", APiece.Text); break;
       case opkLiteral:
       case opkUnits: Text(APiece.Text); break;
+      case opkGeneral: Element() += "<number:number number:min-integer-digits=\"1\"/>"; break;
       case opkElapsed: break;
     }
   }
@@ -150,9 +152,7 @@ void AppendNumber(const TPattern& APattern, std::string& AOut) {
 /// One section of a code for numbers, as pieces and as the stretch of them that is the number.
 class TNumberSection {
  public:
-  explicit TNumberSection(std::u16string_view ACode)
-      : FSection(CutOdsFormatSection(ACode, u"0#?.,%/@e")),
-        FIsGeneral(EqualAsciiNoCase(TrimSpaces(ACode), u"general")) {
+  explicit TNumberSection(std::u16string_view ACode) : FSection(CutOdsFormatSection(ACode, u"0#?.,%/@e")) {
     JoinDenominator();
     const auto& pieces = FSection.Pieces;
     FFirst = pieces.size();
@@ -174,10 +174,8 @@ class TNumberSection {
   bool Append(std::string& AOut) {
     AppendColor(FSection, AOut);
     TChildren children(AOut);
-    if (FIsGeneral) {
-      children.Element() += "<number:number number:min-integer-digits=\"1\"/>";
-      return false;
-    }
+    // An empty section shows nothing, an empty style anything.
+    if (FSection.Pieces.empty()) children.Element() += "<number:text/>";
     for (size_t i = 0; i < FSection.Pieces.size(); ++i) {
       if (i == FFirst) {
         AppendDigits(children);
@@ -269,7 +267,6 @@ class TNumberSection {
   }
 
   TOdsFormatSection FSection;
-  bool FIsGeneral;
   size_t FFirst = 0;  // pieces with placeholders; FFirst is behind the end when there are none
   size_t FLast = 0;
   bool FHasPercent = false;
@@ -453,9 +450,22 @@ const TOdsNumberStyleWriter::TEntry& TOdsNumberStyleWriter::EntryOf(std::u16stri
   const std::u16string_view trimmed = TrimSpaces(ACode);
   if (!trimmed.empty() && !EqualAsciiNoCase(trimmed, u"general") && ACode.size() <= kMaxFormatCodeLength) {
     entry.Name = "N" + std::to_string(++FCount);
+    const size_t start = FXml.size();
     entry.IsExact = AppendStyles(ACode, entry.Name);
+    if (FHasMarks) MarkCode(ACode, entry.Name, start);
   }
   return FEntries.emplace(ACode, std::move(entry)).first->second;
+}
+
+/// Puts the code itself into a style that would be read as another one.
+void TOdsNumberStyleWriter::MarkCode(std::u16string_view ACode, const std::string& AName, size_t AStart) {
+  TOdsStyleReader reader(TReadLimits(), {});
+  reader.LoadPart("<d><styles>" + FXml.substr(AStart) + "</styles></d>", "styles.xml");
+  if (reader.GetNumberFormat(AName).View() == ACode) return;
+  std::string mark = " tessarine:exact-code=\"";
+  AppendXmlAttribute(ACode, mark);
+  const std::string name = " style:name=\"" + AName + "\"";
+  FXml.insert(FXml.find(name, AStart) + name.size(), mark += '"');
 }
 
 /// The sections for other signs are styles of their own, which the last one's conditions name.

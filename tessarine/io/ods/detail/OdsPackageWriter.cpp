@@ -54,7 +54,8 @@ std::string_view OdsNamespaces() {
          " xmlns:svg=\"urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0\""
          " xmlns:chart=\"urn:oasis:names:tc:opendocument:xmlns:chart:1.0\""
          " xmlns:of=\"urn:oasis:names:tc:opendocument:xmlns:of:1.2\""
-         " xmlns:calcext=\"urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0\"";
+         " xmlns:calcext=\"urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0\""
+         " xmlns:tessarine=\"urn:tessarine:names:ods:1.0\"";
 }
 
 std::string OdsManifest(const TOdsWriteBag& ABag) {

@@ -29,6 +29,7 @@ struct TOdsReadContext {
   TOdsStyleReader& Styles;
   TOdsFormatTable& Formats;
   TOdsReadBudget& Budget;
+  bool StandardArrays = false;  // ";" separates columns in all braces of formulas
 
   void ReportDropped(std::string_view AFeature, std::string_view AWhere, uint64_t ACount = 1,
                      std::string_view ANote = {}) const {

@@ -6,6 +6,7 @@
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/io/ods/detail/OdsDrawingReader.h>
+#include <tessarine/platform/Numbers.h>
 
 namespace tessarine::detail {
 
@@ -56,6 +57,11 @@ void TOdsSheetReader::Read() {
 void TOdsSheetReader::ReadTableStyle() {
   const std::string_view style = AttributeOf(FReader, "style-name");
   if (FContext.Styles.Property(ofTable, style, ogTable, "display") == "false") FSheet.SetVisibility(svHidden);
+  double size = 0;
+  if (TryParseFileNumber(FContext.Styles.Property(ofTable, style, ogTable, "exact-column-width"), size) && size >= 0)
+    FSheet.Sizing().SetDefaultColWidth(size);
+  if (TryParseFileNumber(FContext.Styles.Property(ofTable, style, ogTable, "exact-row-height"), size) && size >= 0)
+    FSheet.Sizing().SetDefaultRowHeight(size);
   if (FContext.Styles.Property(ofTable, style, ogTable, "writing-mode") != "rl-tb") return;
   TSheetViewOptions view = FSheet.View();
   view.RightToLeft = true;
@@ -91,20 +97,20 @@ void TOdsSheetReader::ReadColumn() {
   const std::string_view defaultStyle = AttributeOf(FReader, "default-cell-style-name");
   if (FNextCol > first)
     FColumns.push_back({FNextCol - 1, defaultStyle.empty() ? nullptr : &FContext.Formats.Find(defaultStyle)});
-  std::optional<double> width = FContext.Styles.GetColWidthCm(AttributeOf(FReader, "style-name"));
+  auto width = FContext.Styles.GetColWidth(AttributeOf(FReader, "style-name"));
   // A width may also stand in properties of the column itself.
   for (TXmlEvent event = FReader.Next(); event != xeEndElement && event != xeEnd; event = FReader.Next()) {
     if (event != xeStartElement) continue;
     if (FReader.LocalNameIs("table-column-properties")) {
       std::string_view own = AttributeOf(FReader, "column-width");
       if (own.empty()) own = AttributeOf(FReader, "width");
-      if (!own.empty()) width = OdsParseLengthCm(own);
+      if (!own.empty()) width = {OdsCmToColChars(OdsParseLengthCm(own)), false};
     }
     FReader.SkipElement();
   }
   const int32_t last = std::min(Advanced(first, std::min(repeat, kOdsMaxRepeat), kMaxCol) - 1, kMaxCol);
   for (int32_t col = first; col <= last; ++col) {
-    if (width) FSheet.Sizing().SetColWidthChars(col, OdsCmToColChars(*width));
+    if (width && !width->IsDefault) FSheet.Sizing().SetColWidthChars(col, width->Size);
     if (isHidden) FSheet.Sizing().SetColHidden(col, true);
   }
 }
@@ -141,11 +147,12 @@ void TOdsSheetReader::ReadRow() {
 
 void TOdsSheetReader::ReadRowGeometry(int32_t ARepeat) {
   const bool isHidden = IsHiddenWord(AttributeOf(FReader, "visibility"));
-  const std::optional<double> height = FContext.Styles.GetRowHeightCm(AttributeOf(FReader, "style-name"));
-  if (!isHidden && !height) return;
+  const auto height = FContext.Styles.GetRowHeight(AttributeOf(FReader, "style-name"));
+  const bool hasHeight = height && !height->IsDefault;
+  if (!isHidden && !hasHeight) return;
   const int32_t last = Advanced(FNextRow, std::min(ARepeat, kOdsMaxRepeat), kMaxRow) - 1;
   for (int32_t row = FNextRow; row <= last; ++row) {
-    if (height && *height > 0) FSheet.Sizing().SetRowHeightPt(row, OdsCmToPoints(*height));
+    if (hasHeight) FSheet.Sizing().SetRowHeightPt(row, height->Size);
     if (isHidden) FSheet.Sizing().SetRowHidden(row, true);
   }
 }

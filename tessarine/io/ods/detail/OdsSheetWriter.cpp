@@ -6,6 +6,7 @@
 #include <tessarine/core/lists/DataValidations.h>
 #include <tessarine/core/lists/Hyperlinks.h>
 #include <tessarine/core/lists/MergedCells.h>
+#include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
@@ -31,29 +32,6 @@ constexpr size_t kMaxContentBytes = size_t{1} << 31;
 constexpr int64_t kMaxEmptyLinkCells = 65536;
 
 int64_t AreaOf(const TCellRange& ARange) { return int64_t{ARange.Width()} * ARange.Height(); }
-
-/// Takes the marks of newer functions away ("_xlfn.", "_xlws."), which other formats put in front of their names and
-/// this one does not know. Texts in quotes stay.
-void DropFunctionMarks(std::u16string& AFormula) {
-  size_t kept = 0;
-  char16_t quote = 0;
-  for (size_t at = 0; at < AFormula.size();) {
-    const char16_t unit = AFormula[at];
-    const std::u16string_view mark = std::u16string_view(AFormula).substr(at, 6);
-    const bool isMark = quote == 0 && (EqualAsciiNoCase(mark, u"_xlfn.") || EqualAsciiNoCase(mark, u"_xlws."));
-    if (isMark) {
-      at += mark.size();
-      continue;
-    }
-    if (quote == 0 && (unit == u'"' || unit == u'\'')) {
-      quote = unit;
-    } else if (unit == quote) {
-      quote = 0;
-    }
-    AFormula[kept++] = AFormula[at++];
-  }
-  AFormula.resize(kept);
-}
 
 void AppendCount(const char* AName, int64_t ACount, std::string& AOut) {
   AOut.append(" ").append(AName).append("=\"").append(std::to_string(ACount)).append("\"");
@@ -156,7 +134,8 @@ void TOdsSheetWriter::Run() {
 
 void TOdsSheetWriter::AppendStart() {
   const std::string style = "ta" + std::to_string(FIndex + 1);
-  FContext.Styles.AddTableStyle(style, FSheet.IsVisible(), FSheet.View().RightToLeft);
+  FContext.Styles.AddTableStyle(style, {FSheet.IsVisible(), FSheet.View().RightToLeft,
+                                        FSheet.Sizing().DefaultColWidth(), FSheet.Sizing().DefaultRowHeight()});
   FOut += "<table:table table:name=\"";
   AppendXmlAttribute(FSheet.Name().View(), FOut);
   FOut.append("\" table:style-name=\"").append(style).append("\"");
@@ -369,7 +348,7 @@ void TOdsSheetWriter::PutSpilled(uint64_t APlace) {
   TOver over;
   int32_t last = 0;
   if (FHasOver) over = OverAt(col, last);
-  OpenCell(0, over);
+  OpenCell(FContext.Styles.CellStyleOf(int32_t{0}), over);
   AppendValue(value->View(), over, true);
   ++FCol;
   CountCell();
@@ -387,7 +366,7 @@ void TOdsSheetWriter::AppendValue(const TValueView& AValue, const TOver& AOver, 
       FOut += value.BooleanValue ? "\"true\"" : "\"false\"";
       break;
     case cvkText:
-    case cvkFormula: return AppendText(value.Text(), AOver);
+    case cvkFormula: return AppendText(value.Text(), AOver, AIsResult);
     case cvkError: {
       FOut += " office:value-type=\"string\" calcext:value-type=\"error\">";
       FLeftOut += AppendOdsParagraphs(ErrorCodeToString(value.ErrorCode), HrefOf(AOver), FOut);
@@ -415,23 +394,32 @@ void TOdsSheetWriter::AppendNumberValue(double ANumber) {
   FOut += '"';
 }
 
-/// Line ends that paragraphs do not bring back stand in an attribute as well.
-void TOdsSheetWriter::AppendText(std::u16string_view AText, const TOver& AOver) {
+void TOdsSheetWriter::AppendText(std::u16string_view AText, const TOver& AOver, bool AIsResult) {
+  AppendStringType(AText, AIsResult);
+  FLeftOut += AppendOdsParagraphs(AText, HrefOf(AOver), FOut);
+  CloseCell(AOver);
+}
+
+/// Line ends that paragraphs do not bring back stand in an attribute as well, and so does an empty text that is
+/// no result.
+void TOdsSheetWriter::AppendStringType(std::u16string_view AText, bool AIsResult) {
   FOut += " office:value-type=\"string\"";
-  if (!OdsLineEndsComeBack(AText)) {
+  if ((AText.empty() && !AIsResult) || !OdsLineEndsComeBack(AText)) {
     FOut += " office:string-value=\"";
     AppendXmlAttribute(AText, FOut);
     FOut += '"';
   }
   FOut += '>';
-  FLeftOut += AppendOdsParagraphs(AText, HrefOf(AOver), FOut);
-  CloseCell(AOver);
 }
 
 void TOdsSheetWriter::AppendRuns(const TRichTextRuns& ARuns, const TOver& AOver) {
   std::vector<TOdsTextPiece> pieces;
-  for (const TRichTextRun& run : ARuns) pieces.push_back({run.Text, FContext.Styles.TextStyleOf(run.Font)});
-  FOut += " office:value-type=\"string\">";
+  FText.clear();
+  for (const TRichTextRun& run : ARuns) {
+    pieces.push_back({run.Text, FContext.Styles.TextStyleOf(run.Font)});
+    FText += run.Text.View();
+  }
+  AppendStringType(FText, false);
   FLeftOut += AppendOdsParagraphs(pieces, HrefOf(AOver), FOut);
   CloseCell(AOver);
 }
@@ -440,13 +428,12 @@ void TOdsSheetWriter::AppendRuns(const TRichTextRuns& ARuns, const TOver& AOver)
 void TOdsSheetWriter::AppendFormula(int32_t ACol, int32_t ARow, const TFormulaRecord& ARecord) {
   FText.clear();
   ARecord.Template->AppendTextAt(ACol, ARow, FText);
-  if (!FContext.Options.Literal && FText.find(u'_') != FText.npos) DropFunctionMarks(FText);
   if (const TSpillRange* block = FSheet.Spills().IsEmpty() ? nullptr : FSheet.Spills().TryGetSpill(ACol, ARow)) {
     AppendCount("table:number-matrix-columns-spanned", std::min<int64_t>(block->ColCount(), kMaxCol - ACol + 1), FOut);
     AppendCount("table:number-matrix-rows-spanned", std::min<int64_t>(block->RowCount(), kMaxRow - ARow + 1), FOut);
   }
   FOut += " table:formula=\"";
-  AppendXmlAttribute(OdsFormulaFromExcel(FText), FOut);
+  AppendXmlAttribute(OdsFormulaFromExcel(FText, FContext.Options.Literal), FOut);
   FOut += '"';
 }
 

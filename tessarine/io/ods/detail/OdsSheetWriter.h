@@ -94,7 +94,8 @@ class TOdsSheetWriter {
   void AppendNumberValue(double ANumber);
   void AppendRuns(const TRichTextRuns& ARuns, const TOver& AOver);
   void AppendFormula(int32_t ACol, int32_t ARow, const TFormulaRecord& ARecord);
-  void AppendText(std::u16string_view AText, const TOver& AOver);
+  void AppendText(std::u16string_view AText, const TOver& AOver, bool AIsResult);
+  void AppendStringType(std::u16string_view AText, bool AIsResult);
   std::u16string_view HrefOf(const TOver& AOver) const;
   void CountCell();
   void Check();

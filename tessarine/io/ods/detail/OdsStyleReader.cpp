@@ -5,6 +5,8 @@
 #include <iterator>
 #include <utility>
 
+#include <tessarine/core/format/Theme.h>
+#include <tessarine/io/ods/detail/OdsExactMarks.h>
 #include <tessarine/io/ods/detail/OdsNumberStyleReader.h>
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
@@ -28,6 +30,7 @@ constexpr std::string_view kDefaultStyle = "Default";
 constexpr int kMaxParents = 64;  // looked at for one property; formats inherit without a limit
 constexpr double kMinFontSize = 1;
 constexpr double kMaxFontSize = 409;
+constexpr double kLengthRounding = 0.00051;  // of a length with three digits
 
 /// The index of a name in a table; its size for an unknown one.
 template <size_t TCount>
@@ -188,6 +191,7 @@ void TOdsStyleReader::ReadStyle(const TXmlNode* ANode, bool AIsDefault) {
   TStyle style;
   style.Parent = XmlAttr(ANode, "parent-style-name");
   style.DataStyle = XmlAttr(ANode, "data-style-name");
+  if (XmlHasAttr(ANode, "exact-code")) style.Code = XmlAttr(ANode, "exact-code");
   for (const TXmlNode* child : TXmlElements(ANode)) {
     if (XmlLocalNameIs(child, "map")) ++FConditions;
     const size_t group = IndexIn(kGroups, XmlLocalName(child));
@@ -205,6 +209,7 @@ void TOdsStyleReader::ReadStyle(const TXmlNode* ANode, bool AIsDefault) {
 void TOdsStyleReader::ReadNumberStyle(const TXmlNode* ANode) {
   TNumberStyle style;
   style.Code = OdsNumberFormatCode(ANode);
+  style.ExactCode = Utf8ToUtf16(XmlAttr(ANode, "exact-code"));
   style.IsText = XmlLocalNameIs(ANode, "text-style");
   for (const TXmlNode* child : TXmlElements(ANode)) {
     if (!XmlLocalNameIs(child, "map")) continue;
@@ -251,6 +256,31 @@ std::optional<double> TOdsStyleReader::GetRowHeightCm(std::string_view AName) co
   return height.empty() ? std::nullopt : std::optional(OdsParseLengthCm(height));
 }
 
+namespace {
+
+/// A size that was read, or the exact one behind a mark while a file has the same for both.
+template <class TToSize, class TToCm>
+TOdsStyleReader::TLineSize SizeOfLine(double ACm, std::string_view AMark, TToSize AToSize, TToCm AToCm) {
+  double exact = 0;
+  if (AMark == kOdsDefaultSizeMark) return {AToSize(ACm), true};
+  if (!TryParseFileNumber(AMark, exact) || OdsParseLengthCm(AToCm(exact)) != ACm) return {AToSize(ACm), false};
+  return {exact, false};
+}
+
+}  // namespace
+
+std::optional<TOdsStyleReader::TLineSize> TOdsStyleReader::GetColWidth(std::string_view AName) const {
+  const auto width = GetColWidthCm(AName);
+  if (!width) return std::nullopt;
+  return SizeOfLine(*width, Property(ofColumn, AName, ogColumn, "exact-width"), OdsCmToColChars, OdsColCharsToCm);
+}
+
+std::optional<TOdsStyleReader::TLineSize> TOdsStyleReader::GetRowHeight(std::string_view AName) const {
+  const auto height = GetRowHeightCm(AName);
+  if (!height || *height <= 0) return std::nullopt;
+  return SizeOfLine(*height, Property(ofRow, AName, ogRow, "exact-height"), OdsCmToPoints, OdsPointsToCm);
+}
+
 std::optional<TOdsGraphicStyle> TOdsStyleReader::TryGetGraphicStyle(std::string_view AName, TOdsFamily AFamily) const {
   if (!Has(AFamily, AName)) return std::nullopt;
   const auto property = [&](std::string_view AProperty) { return Property(AFamily, AName, ogGraphic, AProperty); };
@@ -266,12 +296,14 @@ std::optional<TOdsGraphicStyle> TOdsStyleReader::TryGetGraphicStyle(std::string_
 TText TOdsStyleReader::GetNumberFormat(std::string_view AName) const {
   const auto found = FNumberStyles.find(AName);
   if (found == FNumberStyles.end()) return GeneralFormatCode();
+  if (!found->second.ExactCode.empty()) return TText(found->second.ExactCode);
   std::vector<TOdsConditionalCode> sections;
   for (const TCondition& condition : found->second.Conditions) {
     const auto applied = FNumberStyles.find(condition.DataStyle);
     if (applied != FNumberStyles.end()) sections.push_back({condition.Text, applied->second.Code});
   }
-  return TText(OdsJoinConditionalCodes(found->second.Code, found->second.IsText, sections));
+  const std::u16string code = OdsJoinConditionalCodes(found->second.Code, found->second.IsText, sections);
+  return code.empty() ? GeneralFormatCode() : TText(code);
 }
 
 // ---- cell formats
@@ -316,7 +348,12 @@ void TOdsStyleReader::Apply(const TStyle& AStyle, TCellFormat& AFormat) const {
   ApplyFont(AStyle.Group(ogText), AFormat.Font);
   ApplyParagraph(AStyle.Group(ogParagraph), AFormat.Alignment);
   ApplyCell(AStyle.Group(ogCell), AFormat);
-  if (!AStyle.DataStyle.empty()) AFormat.NumberFormat = GetNumberFormat(AStyle.DataStyle);
+  ApplyExactCell(AStyle.Group(ogCell), AFormat);
+  if (!AStyle.DataStyle.empty()) {
+    AFormat.NumberFormat = GetNumberFormat(AStyle.DataStyle);
+  } else if (AStyle.Code) {
+    AFormat.NumberFormat = TText::FromUtf8(*AStyle.Code);
+  }
 }
 
 TCellFontInfo TOdsStyleReader::GetTextFont(std::string_view AName, const TCellFontInfo& ABase) const {
@@ -372,6 +409,53 @@ void TOdsStyleReader::ApplyFont(const TProperties& AText, TCellFontInfo& AFont) 
       AFont.Script = ScriptOf(value);
     }
   }
+  ApplyExactFont(AText, AFont);
+}
+
+/// Whether a colour is what a standard attribute says.
+bool TOdsStyleReader::IsColor(const TColorRef& AColor, std::string_view AText) const {
+  const auto color = OdsColorFromHex(AText);
+  return color && ((ResolveColor(AColor, FTheme) ^ *color) & 0xFFFFFFu) == 0;
+}
+
+void TOdsStyleReader::ApplyExactFont(const TProperties& AText, TCellFontInfo& AFont) const {
+  constexpr double kMostRounding = 0.051;  // of a size with one decimal
+  double size = 0;
+  if (TryParseFileNumber(AText.Find("exact-size"), size) && !AText.Find("font-size").empty() &&
+      std::fabs(size - static_cast<double>(AFont.Size)) < kMostRounding) {
+    AFont.Size = static_cast<float>(size);
+  }
+  const auto color = OdsParseColorMark(AText.Find("exact-color"));
+  if (color && IsColor(*color, AText.Find("color"))) AFont.Color = *color;
+}
+
+void TOdsStyleReader::ApplyExactCell(const TProperties& ACell, TCellFormat& AFormat) const {
+  struct TSide {
+    std::string_view Mark;
+    std::string_view Standard;
+    TBorderSide TCellBorderInfo::*Side;
+  };
+  static constexpr TSide kSides[] = {{"exact-left", "border-left", &TCellBorderInfo::Left},
+                                     {"exact-right", "border-right", &TCellBorderInfo::Right},
+                                     {"exact-top", "border-top", &TCellBorderInfo::Top},
+                                     {"exact-bottom", "border-bottom", &TCellBorderInfo::Bottom},
+                                     {"exact-diagonal", "diagonal-bl-tr", &TCellBorderInfo::Diagonal},
+                                     {"exact-diagonal", "diagonal-tl-br", &TCellBorderInfo::Diagonal}};
+  for (const TSide& side : kSides) {
+    const auto mark = OdsParseBorderMark(ACell.Find(side.Mark));
+    if (mark && OdsBorderText(mark->Style, ResolveColor(mark->Color, FTheme)) == ACell.Find(side.Standard))
+      AFormat.Border.*side.Side = *mark;
+  }
+  const std::string_view background = ACell.Find("background-color");
+  if (const auto fill = OdsParseFillMark(ACell.Find("exact-fill"))) {
+    const bool agrees = fill->PatternType == 0 ? background.empty() : IsColor(fill->ForegroundColor, background);
+    if (agrees) AFormat.Fill = *fill;
+  }
+  int32_t rotation = 0;
+  if (TryParseInt32(ACell.Find("exact-rotation"), rotation) &&
+      OdsRotationAngle(rotation) == RotationOf(ACell.Find("rotation-angle"))) {
+    AFormat.Alignment.TextRotation = rotation;
+  }
 }
 
 void TOdsStyleReader::ApplyParagraph(const TProperties& AParagraph, TCellAlignmentInfo& AAlignment) {
@@ -387,6 +471,12 @@ void TOdsStyleReader::ApplyParagraph(const TProperties& AParagraph, TCellAlignme
       AAlignment.MarginRightCm = OdsParseLengthCm(value);
     }
   }
+  constexpr int32_t kMostIndent = 1'000'000;
+  int32_t indent = 0;
+  if (!TryParseInt32(AParagraph.Find("exact-indent"), indent) || indent <= 0 || indent > kMostIndent) return;
+  if (std::fabs(indent * kOdsIndentCm - AAlignment.MarginLeftCm) > kLengthRounding) return;
+  AAlignment.Indent = indent;
+  AAlignment.MarginLeftCm = 0;
 }
 
 void TOdsStyleReader::ApplyCell(const TProperties& ACell, TCellFormat& AFormat) {
@@ -428,6 +518,10 @@ void TOdsStyleReader::ApplyCell(const TProperties& ACell, TCellFormat& AFormat) 
       alignment.ShrinkToFit = value == "true";
     } else if (item.Name == "rotation-angle") {
       alignment.TextRotation = RotationOf(value);
+    } else if (item.Name == "direction" && value == "ttb") {
+      alignment.TextRotation = kOdsStackedRotation;
+    } else if (item.Name == "repeat-content" && value == "true") {
+      alignment.Horizontal = haFill;
     } else if (item.Name == "text-align-source" && value == "value-type") {
       alignment.Horizontal = haGeneral;
     } else if (item.Name == "writing-mode") {

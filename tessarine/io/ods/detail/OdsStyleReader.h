@@ -16,6 +16,7 @@
 #include <tessarine/platform/ReadLimits.h>
 
 namespace tessarine {
+class TTessarineTheme;
 class TXmlReader;
 struct TXmlNode;
 }  // namespace tessarine
@@ -51,8 +52,9 @@ struct TOdsGraphicStyle {
 /// counts. Everything is read first and asked afterwards.
 class TOdsStyleReader {
  public:
-  TOdsStyleReader(const TReadLimits& ALimits, TOdsFontInstalled AFontInstalled)
-      : FLimits(ALimits), FFontInstalled(std::move(AFontInstalled)) {}
+  /// ATheme is what colours by slot refer to, or null; it outlives the reader.
+  TOdsStyleReader(const TReadLimits& ALimits, TOdsFontInstalled AFontInstalled, const TTessarineTheme* ATheme = nullptr)
+      : FLimits(ALimits), FFontInstalled(std::move(AFontInstalled)), FTheme(ATheme) {}
 
   /// Reads a part that holds nothing else of interest, to its end.
   void LoadPart(std::string_view ABytes, std::string_view APartName);
@@ -73,6 +75,14 @@ class TOdsStyleReader {
   /// Centimetres; nothing when the style does not exist or says nothing.
   std::optional<double> GetColWidthCm(std::string_view AName) const;
   std::optional<double> GetRowHeightCm(std::string_view AName) const;
+
+  /// How wide or high lines of a style are. For the default size of a sheet there is nothing to set.
+  struct TLineSize {
+    double Size = 0;  // characters or points
+    bool IsDefault = false;
+  };
+  std::optional<TLineSize> GetColWidth(std::string_view AName) const;
+  std::optional<TLineSize> GetRowHeight(std::string_view AName) const;
 
   std::optional<TOdsGraphicStyle> TryGetGraphicStyle(std::string_view AName, TOdsFamily AFamily = ofGraphic) const;
 
@@ -97,6 +107,7 @@ class TOdsStyleReader {
   struct TStyle {
     std::string Parent;
     std::string DataStyle;
+    std::optional<std::string> Code;  // of a format that needs no data style
     TProperties Groups[static_cast<size_t>(ogCount)];
     std::optional<TCellFormat> Format;  // of a cell style, once it was asked for
     bool IsResolving = false;
@@ -109,6 +120,7 @@ class TOdsStyleReader {
   };
   struct TNumberStyle {
     std::u16string Code;
+    std::u16string ExactCode;  // in its own spelling; empty when the file does not say
     bool IsText = false;
     std::vector<TCondition> Conditions;
   };
@@ -128,12 +140,16 @@ class TOdsStyleReader {
   const TCellFormat& Resolve(TStyle& AStyle);
   void Apply(const TStyle& AStyle, TCellFormat& AFormat) const;
   void ApplyFont(const TProperties& AText, TCellFontInfo& AFont) const;
+  void ApplyExactFont(const TProperties& AText, TCellFontInfo& AFont) const;
+  void ApplyExactCell(const TProperties& ACell, TCellFormat& AFormat) const;
+  bool IsColor(const TColorRef& AColor, std::string_view AText) const;
   static void ApplyParagraph(const TProperties& AParagraph, TCellAlignmentInfo& AAlignment);
   static void ApplyCell(const TProperties& ACell, TCellFormat& AFormat);
   void ApplyFontName(const TProperties& AText, TCellFontInfo& AFont) const;
 
   const TReadLimits FLimits;
   const TOdsFontInstalled FFontInstalled;
+  const TTessarineTheme* FTheme;
   TStyles FStyles[static_cast<size_t>(ofCount)];
   TStyle FCellDefaults;  // what all cell styles begin with
   TOdsByName<TNumberStyle> FNumberStyles;

@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include <tessarine/core/format/StyleSheet.h>
 #include <tessarine/core/format/Theme.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/io/FileReport.h>
+#include <tessarine/io/ods/OdsWriter.h>
+#include <tessarine/io/ods/detail/OdsExactMarks.h>
+#include <tessarine/io/ods/detail/OdsStyleReader.h>
 #include <tessarine/io/ods/detail/OdsUnits.h>
+#include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/XmlText.h>
 
 namespace tessarine::detail {
@@ -23,34 +28,6 @@ void AppendColorPair(const char* AName, uint32_t ARGB, std::string& AOut) {
   AOut.append(" ").append(AName).append("=\"");
   AppendOdsColor(ARGB, AOut);
   AOut += '"';
-}
-
-const char* BorderWidth(TBorderLineStyle AStyle) {
-  switch (AStyle) {
-    case blsMedium: return "0.05cm";
-    case blsThick: return "0.1cm";
-    case blsHair: return "0.013cm";
-    case blsNone:
-    case blsThin:
-    case blsDashed:
-    case blsDotted:
-    case blsDouble: break;
-  }
-  return "0.026cm";
-}
-
-const char* BorderStyleWord(TBorderLineStyle AStyle) {
-  switch (AStyle) {
-    case blsDashed: return "dashed";
-    case blsDotted: return "dotted";
-    case blsDouble: return "double";
-    case blsNone:
-    case blsThin:
-    case blsMedium:
-    case blsThick:
-    case blsHair: break;
-  }
-  return "solid";
 }
 
 /// Nothing for the alignment that the kind of the value decides.
@@ -75,12 +52,9 @@ const char* VerticalWord(TVerticalAlignment AAlignment) {
   return "bottom";
 }
 
-constexpr int32_t kStackedRotation = 255;
-
-/// Degrees from 0 to 359, counted against the clock; 91 to 180 go the other way in the model.
-int32_t RotationAngle(int32_t ARotation) {
-  const int32_t turned = ARotation > 90 && ARotation <= 180 ? 90 - ARotation : ARotation;
-  return (turned % 360 + 360) % 360;
+/// Whether a file's "#rrggbb" says all of a colour.
+bool IsPlainColor(const TColorRef& AColor, uint32_t AResolved) {
+  return AColor == TColorRef::FromARGB(AResolved | 0xFF000000u);
 }
 
 }  // namespace
@@ -91,10 +65,12 @@ void AppendOdsColor(uint32_t ARGB, std::string& AOut) {
   AOut += buffer;
 }
 
-TOdsStyleWriter::TOdsStyleWriter(const TWorkbook& AWorkbook, TFileReport* AReport)
+TOdsStyleWriter::TOdsStyleWriter(const TWorkbook& AWorkbook, const TOdsWriteOptions& AOptions)
     : FSheet(AWorkbook.StyleSheet()),
       FTheme(AWorkbook.Theme()),
-      FReport(AReport),
+      FReport(AOptions.Report),
+      FHasMarks(!AOptions.Literal),
+      FNumberStyles(FHasMarks),
       FByIndex(static_cast<size_t>(AWorkbook.StyleSheet().Count()), -1) {}
 
 uint32_t TOdsStyleWriter::Resolved(const TColorRef& AColor) const { return ResolveColor(AColor, &FTheme); }
@@ -146,22 +122,44 @@ std::string TOdsStyleWriter::RegisterGraphicStyle(const TOdsDrawnStyle& AStyle) 
   return name;
 }
 
-void TOdsStyleWriter::AddColumnStyle(std::string_view AName, double AWidthChars) {
+/// The mark of a line whose size in the file, read back as AReadBack, is not the one it has.
+void TOdsStyleWriter::AppendSizeMark(const char* AName, double ASize, double AReadBack, bool AIsDefault) {
+  if (!FHasMarks || (!AIsDefault && ASize == AReadBack)) return;
+  FXml.append(" tessarine:").append(AName).append("=\"");
+  if (AIsDefault) {
+    FXml += kOdsDefaultSizeMark;
+  } else {
+    AppendFileNumber(ASize, FXml);
+  }
+  FXml += '"';
+}
+
+void TOdsStyleWriter::AddColumnStyle(std::string_view AName, double AWidthChars, bool AIsDefault) {
+  const std::string width = OdsColCharsToCm(AWidthChars);
   FXml.append("<style:style style:name=\"").append(AName);
   FXml.append("\" style:family=\"table-column\"><style:table-column-properties style:column-width=\"");
-  FXml.append(OdsColCharsToCm(AWidthChars)).append("\"/></style:style>");
+  FXml.append(width).append("\"");
+  AppendSizeMark("exact-width", AWidthChars, OdsCmToColChars(OdsParseLengthCm(width)), AIsDefault);
+  FXml += "/></style:style>";
 }
 
-void TOdsStyleWriter::AddRowStyle(std::string_view AName, double AHeightPt) {
+void TOdsStyleWriter::AddRowStyle(std::string_view AName, double AHeightPt, bool AIsDefault) {
+  const std::string height = OdsPointsToCm(AHeightPt);
   FXml.append("<style:style style:name=\"").append(AName);
   FXml.append("\" style:family=\"table-row\"><style:table-row-properties style:row-height=\"");
-  FXml.append(OdsPointsToCm(AHeightPt)).append("\" style:use-optimal-row-height=\"false\"/></style:style>");
+  FXml.append(height).append("\" style:use-optimal-row-height=\"false\"");
+  AppendSizeMark("exact-height", AHeightPt, OdsCmToPoints(OdsParseLengthCm(height)), AIsDefault);
+  FXml += "/></style:style>";
 }
 
-void TOdsStyleWriter::AddTableStyle(std::string_view AName, bool AIsShown, bool AIsRightToLeft) {
+void TOdsStyleWriter::AddTableStyle(std::string_view AName, const TOdsTableLook& ALook) {
   FXml.append("<style:style style:name=\"").append(AName);
-  FXml.append("\" style:family=\"table\"><style:table-properties table:display=\"").append(AIsShown ? "true" : "false");
-  FXml.append("\" style:writing-mode=\"").append(AIsRightToLeft ? "rl-tb" : "lr-tb").append("\"/></style:style>");
+  FXml.append("\" style:family=\"table\"><style:table-properties table:display=\"");
+  FXml.append(ALook.IsShown ? "true" : "false").append("\" style:writing-mode=\"");
+  FXml.append(ALook.IsRightToLeft ? "rl-tb" : "lr-tb").append("\"");
+  AppendSizeMark("exact-column-width", ALook.DefaultColWidth, kOdsPlainColWidth, false);
+  AppendSizeMark("exact-row-height", ALook.DefaultRowHeight, kOdsPlainRowHeight, false);
+  FXml += "/></style:style>";
 }
 
 void TOdsStyleWriter::AppendTextProperties(const TCellFontInfo& AFont, std::string& AOut) {
@@ -174,6 +172,12 @@ void TOdsStyleWriter::AppendTextProperties(const TCellFontInfo& AFont, std::stri
     std::snprintf(size, sizeof size, "%.1fpt", static_cast<double>(AFont.Size));
     std::replace(size, size + sizeof size, ',', '.');
     AppendPair("fo:font-size", size, AOut);
+    if (double written = 0; FHasMarks && TryParseFileNumber(std::string_view(size, std::strlen(size) - 2), written) &&
+                            static_cast<float>(written) != AFont.Size) {
+      AOut += " tessarine:exact-size=\"";
+      AppendFileNumber(static_cast<double>(AFont.Size), AOut);
+      AOut += '"';
+    }
   }
   AppendPair("fo:font-weight", AFont.Bold ? "bold" : "normal", AOut);
   AppendPair("fo:font-style", AFont.Italic ? "italic" : "normal", AOut);
@@ -185,17 +189,20 @@ void TOdsStyleWriter::AppendTextProperties(const TCellFontInfo& AFont, std::stri
   if (AFont.Strikethrough) AppendPair("style:text-line-through-style", "solid", AOut);
   if (AFont.Script != spNormal)
     AppendPair("style:text-position", AFont.Script == spSuperscript ? "super 58%" : "sub 58%", AOut);
-  AppendColorPair("fo:color", Resolved(AFont.Color), AOut);
+  const uint32_t color = Resolved(AFont.Color);
+  AppendColorPair("fo:color", color, AOut);
+  if (FHasMarks && !IsPlainColor(AFont.Color, color))
+    AppendPair("tessarine:exact-color", OdsColorMark(AFont.Color), AOut);
   AOut += "/>";
 }
 
 void TOdsStyleWriter::AppendBorders(const TCellBorderInfo& ABorder, std::string& AOut) {
   const auto append = [&](const char* AName, const TBorderSide& ASide, bool AIsDrawn) {
-    if (ASide.Style == blsNone || !AIsDrawn) return;
-    AOut.append(" ").append(AName).append("=\"").append(BorderWidth(ASide.Style)).append(" ");
-    AOut.append(BorderStyleWord(ASide.Style)).append(" ");
-    AppendOdsColor(Resolved(ASide.Color), AOut);
-    AOut += '"';
+    if (ASide.Style != blsNone && AIsDrawn) AppendPair(AName, OdsBorderText(ASide.Style, Resolved(ASide.Color)), AOut);
+  };
+  const auto mark = [&](const char* AName, const TBorderSide& ASide) {
+    if (FHasMarks && OdsParseBorderSide(OdsBorderText(ASide.Style, Resolved(ASide.Color))) != ASide)
+      AppendPair(AName, OdsBorderMark(ASide), AOut);
   };
   append("fo:border-left", ABorder.Left, true);
   append("fo:border-right", ABorder.Right, true);
@@ -203,13 +210,23 @@ void TOdsStyleWriter::AppendBorders(const TCellBorderInfo& ABorder, std::string&
   append("fo:border-bottom", ABorder.Bottom, true);
   append("style:diagonal-bl-tr", ABorder.Diagonal, ABorder.DiagonalUp);
   append("style:diagonal-tl-br", ABorder.Diagonal, ABorder.DiagonalDown);
+  mark("tessarine:exact-left", ABorder.Left);
+  mark("tessarine:exact-right", ABorder.Right);
+  mark("tessarine:exact-top", ABorder.Top);
+  mark("tessarine:exact-bottom", ABorder.Bottom);
+  if (ABorder.DiagonalUp || ABorder.DiagonalDown) mark("tessarine:exact-diagonal", ABorder.Diagonal);
 }
 
 void TOdsStyleWriter::AppendCellProperties(const TCellFormat& AFormat, std::string& AOut) {
   const TCellAlignmentInfo& alignment = AFormat.Alignment;
   AOut += "<style:table-cell-properties";
-  if (AFormat.Fill.PatternType != 0) {
-    AppendColorPair("fo:background-color", Resolved(AFormat.Fill.ForegroundColor), AOut);
+  const uint32_t fill = Resolved(AFormat.Fill.ForegroundColor);
+  const bool isFilled = AFormat.Fill.PatternType != 0;
+  const TCellFillInfo plainFill =
+      isFilled ? TCellFillInfo::Solid(TColorRef::FromARGB(fill | 0xFF000000u)) : TCellFillInfo::None();
+  if (FHasMarks && AFormat.Fill != plainFill) AppendPair("tessarine:exact-fill", OdsFillMark(AFormat.Fill), AOut);
+  if (isFilled) {
+    AppendColorPair("fo:background-color", fill, AOut);
     if (AFormat.Fill.IsGradient() && FReport)
       FReport->Add("gradient fill", ffRewritten, {}, 1, "as a solid fill in its first colour");
   }
@@ -218,10 +235,12 @@ void TOdsStyleWriter::AppendCellProperties(const TCellFormat& AFormat, std::stri
   if (alignment.Horizontal == haFill) AppendPair("style:repeat-content", "true", AOut);
   if (alignment.WrapText) AppendPair("fo:wrap-option", "wrap", AOut);
   if (alignment.ShrinkToFit) AppendPair("style:shrink-to-fit", "true", AOut);
-  if (alignment.TextRotation == kStackedRotation) {
+  if (alignment.TextRotation == kOdsStackedRotation) {
     AppendPair("style:direction", "ttb", AOut);
-  } else if (const int32_t angle = RotationAngle(alignment.TextRotation)) {
+  } else if (const int32_t angle = OdsRotationAngle(alignment.TextRotation)) {
     AppendPair("style:rotation-angle", std::to_string(angle), AOut);
+    if (FHasMarks && angle != alignment.TextRotation)
+      AppendPair("tessarine:exact-rotation", std::to_string(alignment.TextRotation), AOut);
   }
   AppendBorders(AFormat.Border, AOut);
   if (alignment.PaddingLeftCm > 0) AppendPair("fo:padding-left", OdsLengthText(alignment.PaddingLeftCm), AOut);
@@ -235,14 +254,14 @@ void TOdsStyleWriter::AppendCellProperties(const TCellFormat& AFormat, std::stri
 }
 
 void TOdsStyleWriter::AppendParagraphProperties(const TCellAlignmentInfo& AAlignment, std::string& AOut) {
-  constexpr double kIndentCm = 0.353;  // ten points a step
-  const double left =
-      AAlignment.MarginLeftCm > 0 ? AAlignment.MarginLeftCm : std::max(AAlignment.Indent, 0) * kIndentCm;
+  const bool isIndented = AAlignment.MarginLeftCm <= 0 && AAlignment.Indent > 0;
+  const double left = isIndented ? AAlignment.Indent * kOdsIndentCm : AAlignment.MarginLeftCm;
   const size_t before = AOut.size();
   AOut += "<style:paragraph-properties";
   const size_t empty = AOut.size();
   if (const char* word = HorizontalWord(AAlignment.Horizontal)) AppendPair("fo:text-align", word, AOut);
   if (left > 0) AppendPair("fo:margin-left", OdsLengthText(left), AOut);
+  if (isIndented && FHasMarks) AppendPair("tessarine:exact-indent", std::to_string(AAlignment.Indent), AOut);
   if (AAlignment.MarginRightCm > 0) AppendPair("fo:margin-right", OdsLengthText(AAlignment.MarginRightCm), AOut);
   if (AAlignment.ReadingOrder != roContext)
     AppendPair("style:writing-mode", AAlignment.ReadingOrder == roRTL ? "rl-tb" : "lr-tb", AOut);
@@ -259,7 +278,13 @@ void TOdsStyleWriter::AppendCellStyle(const TCellFormat& AFormat, const std::str
     FReport->Add("number format", ffRewritten, {}, 1, AFormat.NumberFormat.ToUtf8());
   FXml.append("<style:style style:name=\"").append(AName);
   FXml += "\" style:family=\"table-cell\" style:parent-style-name=\"Default\"";
-  if (!dataStyle.empty()) AppendPair("style:data-style-name", dataStyle, FXml);
+  if (!dataStyle.empty()) {
+    AppendPair("style:data-style-name", dataStyle, FXml);
+  } else if (FHasMarks && AFormat.NumberFormat != GeneralFormatCode()) {
+    FXml += " tessarine:exact-code=\"";
+    AppendXmlAttribute(AFormat.NumberFormat.View(), FXml);
+    FXml += '"';
+  }
   FXml += '>';
   AppendCellProperties(AFormat, FXml);
   AppendParagraphProperties(AFormat.Alignment, FXml);

@@ -14,6 +14,7 @@
 
 namespace tessarine {
 class TFileReport;
+struct TOdsWriteOptions;
 class TTessarineStyleSheet;
 class TTessarineTheme;
 class TWorkbook;
@@ -32,6 +33,18 @@ struct TOdsDrawnStyle {
   friend bool operator==(const TOdsDrawnStyle&, const TOdsDrawnStyle&) = default;
 };
 
+// Sizes of lines that a file says nothing of.
+inline constexpr double kOdsPlainColWidth = 8.43;
+inline constexpr double kOdsPlainRowHeight = 15;
+
+/// What the style of a sheet says.
+struct TOdsTableLook {
+  bool IsShown = true;
+  bool IsRightToLeft = false;
+  double DefaultColWidth = kOdsPlainColWidth;
+  double DefaultRowHeight = kOdsPlainRowHeight;
+};
+
 /// Appends "#rrggbb", the alpha left out.
 void AppendOdsColor(uint32_t ARGB, std::string& AOut);
 
@@ -39,7 +52,7 @@ void AppendOdsColor(uint32_t ARGB, std::string& AOut);
 class TOdsStyleWriter {
  public:
   /// The workbook outlives the writer.
-  TOdsStyleWriter(const TWorkbook& AWorkbook, TFileReport* AReport);
+  TOdsStyleWriter(const TWorkbook& AWorkbook, const TOdsWriteOptions& AOptions);
 
   /// The number of the cell style "ceN" for a cell; 0 for the default look, which needs none.
   int32_t CellStyleOf(int32_t AStyleIndex);
@@ -53,9 +66,10 @@ class TOdsStyleWriter {
   /// The name of the graphic style.
   std::string RegisterGraphicStyle(const TOdsDrawnStyle& AStyle);
 
-  void AddColumnStyle(std::string_view AName, double AWidthChars);
-  void AddRowStyle(std::string_view AName, double AHeightPt);
-  void AddTableStyle(std::string_view AName, bool AIsShown, bool AIsRightToLeft);
+  /// AIsDefault: the size is the sheet's for lines without their own.
+  void AddColumnStyle(std::string_view AName, double AWidthChars, bool AIsDefault);
+  void AddRowStyle(std::string_view AName, double AHeightPt, bool AIsDefault);
+  void AddTableStyle(std::string_view AName, const TOdsTableLook& ALook);
 
   /// "office:font-face-decls" and "office:automatic-styles".
   std::string BuildAutomaticStylesXml() const;
@@ -67,6 +81,7 @@ class TOdsStyleWriter {
   void AppendBorders(const TCellBorderInfo& ABorder, std::string& AOut);
   void AppendCellProperties(const TCellFormat& AFormat, std::string& AOut);
   void AppendParagraphProperties(const TCellAlignmentInfo& AAlignment, std::string& AOut);
+  void AppendSizeMark(const char* AName, double ASize, double AReadBack, bool AIsDefault);
   void AppendCellStyle(const TCellFormat& AFormat, const std::string& AName);
   uint32_t Resolved(const TColorRef& AColor) const;
 
@@ -77,6 +92,7 @@ class TOdsStyleWriter {
   const TTessarineStyleSheet& FSheet;
   const TTessarineTheme& FTheme;
   TFileReport* FReport;
+  bool FHasMarks;
   TOdsNumberStyleWriter FNumberStyles;
   std::vector<int32_t> FByIndex;  // numbers by the workbook's style index, -1 when not met yet
   boost::unordered_flat_map<TCellFormat, int32_t, TFormatHash> FCellStyles;

@@ -155,4 +155,22 @@ TRichTextRuns TOdsTextReader::Runs(const TCellFontInfo& ACellFont) const {
   return isPlain ? TRichTextRuns() : runs;
 }
 
+bool OdsTakeLineEnds(std::u16string_view AText, TRichTextRuns& ARuns) {
+  constexpr std::u16string_view kCrLf = u"\r\n";
+  for (TRichTextRun& run : ARuns) {
+    const std::u16string_view old = run.Text;
+    std::u16string text;
+    for (size_t at = 0; at < old.size();) {
+      const bool isLineEnd = old.substr(at).starts_with(kCrLf);
+      if (AText.empty() || (isLineEnd ? AText[0] != u'\r' && AText[0] != u'\n' : AText[0] != old[at])) return false;
+      const size_t taken = isLineEnd && AText.starts_with(kCrLf) ? 2 : 1;
+      text += AText.substr(0, taken);
+      AText.remove_prefix(taken);
+      at += isLineEnd ? 2 : 1;
+    }
+    run.Text = TText(text);
+  }
+  return AText.empty();
+}
+
 }  // namespace tessarine::detail

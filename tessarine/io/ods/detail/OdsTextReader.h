@@ -65,4 +65,8 @@ class TOdsTextReader {
   std::vector<int32_t> FOpen;  // the style in force inside each open element
 };
 
+/// Gives the texts of runs the line ends that AText has where they have CR LF. False, with ARuns spoilt, when the texts
+/// differ in more than that.
+bool OdsTakeLineEnds(std::u16string_view AText, TRichTextRuns& ARuns);
+
 }  // namespace tessarine::detail

@@ -6,6 +6,7 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
+#include <tessarine/io/ods/detail/OdsListWriter.h>
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlTree.h>
 
@@ -92,12 +93,30 @@ bool ReadOperands(std::u16string_view AText, TDataValidationRule& ARule) {
   return false;
 }
 
+/// Texts of a paragraph and what is inside, with blanks, tabs and line breaks in place of their elements.
+void AppendParagraph(const TXmlNode* ANode, std::u16string& AText) {
+  constexpr int32_t kMaxBlanks = 1024;  // of one element; messages are short
+  for (const TXmlNode* child = ANode->FirstChild; child; child = child->NextSibling) {
+    if (!child->IsElement()) {
+      AText += Utf8ToUtf16(child->Text);
+    } else if (XmlLocalNameIs(child, "s")) {
+      AText.append(static_cast<size_t>(std::clamp(XmlAttrInt(child, "c", 1), 1, kMaxBlanks)), u' ');
+    } else if (XmlLocalNameIs(child, "tab")) {
+      AText += u'\t';
+    } else if (XmlLocalNameIs(child, "line-break")) {
+      AText += u"\r\n";
+    } else {
+      AppendParagraph(child, AText);
+    }
+  }
+}
+
 std::u16string MessageText(const TXmlNode* ANode) {
   std::u16string text;
   for (const TXmlNode* child : TXmlElements(ANode)) {
     if (!XmlLocalNameIs(child, "p")) continue;
     if (!text.empty()) text += u"\r\n";
-    text += XmlNodeText16(child);
+    AppendParagraph(child, text);
   }
   return text;
 }
@@ -111,7 +130,7 @@ TDataValidationErrorStyle ErrorStyleOf(std::string_view AText) {
 
 TDataValidationRule ReadTexts(const TXmlNode* ANode) {
   TDataValidationRule rule;
-  rule.Name = TText::FromUtf8(XmlAttr(ANode, "name"));
+  rule.Name = TText::FromUtf8(XmlAttr(ANode, XmlHasAttr(ANode, "exact-name") ? "exact-name" : "name"));
   rule.AllowBlank = XmlAttr(ANode, "allow-empty-cell", "true") != "false";
   if (const TXmlNode* const help = XmlFindChild(ANode, "help-message")) {
     rule.ShowInputMessage = IsShown(help);
@@ -127,6 +146,17 @@ TDataValidationRule ReadTexts(const TXmlNode* ANode) {
   return rule;
 }
 
+/// Operands in their own spelling, as long as the condition says the same.
+void TakeExactOperands(const TXmlNode* ANode, TDataValidationRule& ARule) {
+  TDataValidationRule exact = ARule;
+  if (XmlHasAttr(ANode, "exact-first")) exact.Formula1 = TText::FromUtf8(XmlAttr(ANode, "exact-first"));
+  if (XmlHasAttr(ANode, "exact-second")) exact.Formula2 = TText::FromUtf8(XmlAttr(ANode, "exact-second"));
+  if (exact.Formula1 == ARule.Formula1 && exact.Formula2 == ARule.Formula2) return;
+  const std::u16string condition = Utf8ToUtf16(XmlAttr(ANode, "condition"));
+  for (const bool isName : {false, true})
+    if (OdsValidationCondition(exact, {isName, false}) == condition) ARule = exact;
+}
+
 constexpr uint64_t ColumnsKey(int32_t ASheet, const TCellRange& ARange) {
   return uint64_t{static_cast<uint32_t>(ASheet)} << 32 | uint64_t{static_cast<uint32_t>(ARange.StartCol)} << 16 |
          static_cast<uint32_t>(ARange.EndCol);
@@ -134,7 +164,7 @@ constexpr uint64_t ColumnsKey(int32_t ASheet, const TCellRange& ARange) {
 
 }  // namespace
 
-bool OdsParseValidationCondition(std::string_view ACondition, TDataValidationRule& ARule) {
+bool OdsParseValidationCondition(std::string_view ACondition, TDataValidationRule& ARule, bool AStandardArrays) {
   struct TKind {
     std::u16string_view Mark;
     TDataValidationType Type;
@@ -147,7 +177,7 @@ bool OdsParseValidationCondition(std::string_view ACondition, TDataValidationRul
                                      {u"cell-content-is-between(", dvtDecimal},
                                      {u"cell-content-is-not-between(", dvtDecimal}};
   if (ACondition.empty()) return true;
-  const std::u16string text = OdsFormulaToExcel(Utf8ToUtf16(ACondition));
+  const std::u16string text = OdsFormulaToExcel(Utf8ToUtf16(ACondition), AStandardArrays);
   if (const std::u16string_view list = BehindCall(text, u"cell-content-is-in-list("); !list.empty()) {
     ARule.ValidationType = dvtList;
     ARule.Formula1 = TText(ListSource(Arguments(list)));
@@ -172,8 +202,9 @@ void TOdsValidationReader::ReadRules(const TXmlNode* ANode) {
   for (const TXmlNode* node : TXmlElements(ANode)) {
     if (!XmlLocalNameIs(node, "content-validation")) continue;
     TDataValidationRule rule = ReadTexts(node);
-    if (OdsParseValidationCondition(XmlAttr(node, "condition"), rule)) {
-      FRules.push_back(std::move(rule));
+    if (OdsParseValidationCondition(XmlAttr(node, "condition"), rule, FContext.StandardArrays)) {
+      TakeExactOperands(node, rule);
+      FRules.push_back({std::string(XmlAttr(node, "name")), std::move(rule)});
     } else {
       FContext.ReportDropped("validation", "content.xml", 1, XmlAttr(node, "condition"));
     }
@@ -209,8 +240,8 @@ void TOdsValidationReader::Bind(std::string_view AName, const TCellRange& ARange
 }
 
 void TOdsValidationReader::Apply(TWorkbook& AWorkbook) {
-  for (const TDataValidationRule& rule : FRules) {
-    const auto found = FNames.find(rule.Name.ToUtf8());
+  for (const auto& [name, rule] : FRules) {
+    const auto found = FNames.find(name);
     if (found == FNames.end()) continue;
     const std::vector<TBinding>& bindings = found->second.Bindings;
     for (size_t at = 0; at < bindings.size();) {

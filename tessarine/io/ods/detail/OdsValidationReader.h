@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <boost/unordered/unordered_flat_map.hpp>
@@ -48,12 +49,12 @@ class TOdsValidationReader {
 
   const TOdsReadContext& FContext;
   int32_t FSheet = 0;
-  std::vector<TDataValidationRule> FRules;
+  std::vector<std::pair<std::string, TDataValidationRule>> FRules;  // by the name that cells use
   TOdsByName<TName> FNames;
 };
 
 /// Reads the condition of a rule ("of:cell-content-is-in-list(...)") into its type, operator and operands. False for a
-/// kind of condition that has no counterpart here.
-bool OdsParseValidationCondition(std::string_view ACondition, TDataValidationRule& ARule);
+/// kind of condition that has no counterpart here. AStandardArrays as OdsFormulaToExcel has it.
+bool OdsParseValidationCondition(std::string_view ACondition, TDataValidationRule& ARule, bool AStandardArrays = false);
 
 }  // namespace tessarine::detail
