@@ -7,9 +7,12 @@
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/xlsx/SharedStrings.h>
 #include <tessarine/io/xlsx/detail/XlsxBudget.h>
 #include <tessarine/io/xlsx/detail/XlsxFormulas.h>
+#include <tessarine/io/xlsx/detail/XlsxReport.h>
 #include <tessarine/io/xlsx/detail/XlsxSharedFormula.h>
+#include <tessarine/io/xlsx/detail/XlsxSheetReader.h>
 #include <tessarine/platform/Unicode.h>
 
 #include "../support/Thrown.h"
@@ -292,6 +295,24 @@ TEST(XlsxFormulas, ARangeThatIsNoBlockLeavesItsCells) {
        "A1==C1 B1==C1 B3=2"},
   };
   for (const auto& row : cases) EXPECT_EQ(LoadedCells(Row(row.Cells)), row.Shown) << row.Cells;
+}
+
+TEST(XlsxFormulas, TheSearchForOverlapsIsBounded) {
+  const std::string part =
+      "<worksheet>" +
+      Row("<c r='A1'><f t='array' ref='A1:A2'>C1</f></c><c r='B1'><f t='array' ref='B1:B9'>C1</f></c>"
+          "<c r='C1'><f t='array' ref='C1:C9'>D1</f></c><c r='D1'><f t='array' ref='D1:D9'>E1</f></c>") +
+      "</worksheet>";
+  TWorkbook book;
+  const TSharedStringTable strings;
+  detail::TXlsxBudget budget;
+  budget.BlockProbes = 5;  // one for the second formula, two for the third, three for the fourth
+  TXmlReader xml(part, "part");
+  const detail::TXlsxCellContext context{strings, book.StyleSheet(), budget};
+  const detail::TXlsxReport report;
+  detail::TXlsxSheetReader reader(xml, *book.GetSheet(0), context, {}, report);
+  EXPECT_EQ(test::Thrown([&] { reader.Read(); }),
+            "limit: part, cell D1: the overlaps of array formulas of the workbook exceed the limit of the reader");
 }
 
 TEST(XlsxFormulas, ABlockNeedsItsFormulaAndAValue) {

@@ -120,7 +120,13 @@ TEST(ChartPart, BoundsWhatFewBytesAskFor) {
         "val='1048575'/><c:spPr/></c:dPt></c:ser>";
   size_t values = 0;
   size_t fills = 0;
-  const TSheetDrawing drawing = Parsed(Chart("<c:barChart>" + series + "</c:barChart>"));
+  series.insert(series.find("</c:numLit>"), "<c:pt idx='1048576'/><c:pt idx='3'><c:v>1</c:v></c:pt>");
+  const TTessarineTheme theme;
+  detail::TXlsxDrawingRoom room;
+  TSheetDrawing drawing;
+  detail::ParseChartSpace(Chart("<c:barChart>" + series + "</c:barChart>"), "chart", {&theme, room, {}}, drawing);
+  EXPECT_GT(room.Losses(), 1u);
+  EXPECT_LT(room.Losses(), 101u);
   for (const TSheetChartSeries& one : drawing.Series) {
     values += one.Values.size();
     fills += one.Style.PointFills.size();
@@ -128,6 +134,30 @@ TEST(ChartPart, BoundsWhatFewBytesAskFor) {
   EXPECT_EQ(drawing.Series.size(), 100u);
   EXPECT_EQ(drawing.Series[0].Values.size(), 1048576u);
   EXPECT_LT(values * sizeof(double) + fills * sizeof(TSheetChartFill), size_t{256} << 20);
+}
+
+TEST(ChartPart, TooLargeForATreeIsReadWithoutItsPoints) {
+  const std::string plot = "<c:barChart><c:ser><c:tx><c:strRef><c:f>'R&amp;D'!A1</c:f>" +
+                           Cache("strCache", {"R&amp;D"}) + "</c:strRef></c:tx><c:val><c:numRef><c:f>S!A1:A50</c:f>" +
+                           Cache("numCache", std::vector<std::string>(50, "7")) +
+                           "</c:numRef></c:val></c:ser></c:barChart>";
+  const std::string part = Chart(plot, "<c:dispBlanksAs val='a &lt; &quot;b&quot;'/>");
+  const TTessarineTheme theme;
+  for (const uint32_t nodes : {1000u, 60u, 5u}) {
+    detail::TXlsxDrawingRoom room;
+    TSheetDrawing drawing;
+    const auto read = [&] {
+      detail::ParseChartSpace(part, "chart", {&theme, room, {.MaxXmlTreeNodes = nodes}}, drawing);
+    };
+    EXPECT_EQ(Thrown(read).substr(0, 5), nodes == 5 ? "limit" : "nothi") << nodes;
+    EXPECT_EQ(room.Losses(), nodes == 1000 ? 0u : 50u) << nodes;
+    if (nodes == 5) continue;
+    ASSERT_EQ(drawing.Series.size(), 1u);
+    EXPECT_EQ(drawing.Series[0].Title, u"R&D");
+    EXPECT_EQ(drawing.Series[0].ValuesFormula, u"S!A1:A50");
+    EXPECT_EQ(drawing.Series[0].Values.size(), nodes == 1000 ? 50u : 0u);
+    EXPECT_EQ(drawing.DispBlanksAs, u"a < \"b\"");
+  }
 }
 
 TEST(ChartPart, ReadsTheLookOfSeries) {
@@ -194,6 +224,26 @@ TEST(ChartPart, ReadsTitlesLegendAndFrame) {
   EXPECT_EQ(drawing.DispBlanksAs, u"span");
   EXPECT_EQ(drawing.ChartStyleId * 1000 + drawing.FirstSliceAng, 26090);
   EXPECT_EQ(drawing.ChartAreaFill, TSheetChartFill::Solid(0xFFFFFF));
+}
+
+TEST(ChartPart, GivesTheEndsOfParagraphsToTheRunsBeforeThem) {
+  const TSheetDrawing drawing =
+      Parsed(Chart("",
+                   "<c:title><c:tx><c:rich><a:p/><a:p><a:r><a:t>a</a:t></a:r></a:p><a:p/><a:p><a:r><a:t>b</a:t></a:r>"
+                   "<a:r><a:t>c</a:t></a:r></a:p><a:p/><a:p/></c:rich></c:tx></c:title>"));
+  std::string text;
+  for (const TSheetChartTextRun& run : drawing.ChartTitleRuns) text += run.Text.ToUtf8() + "|";
+  EXPECT_EQ(text, "a\r\n\r\n|b|c\r\n\r\n|");
+}
+
+TEST(ChartPart, KnowsThePivotTableThatItShows) {
+  const std::pair<const char*, const char16_t*> cases[] = {
+      {"<c:pivotSource><c:name>[B!.xlsx]S 1!Table_x0020_1</c:name></c:pivotSource>", u"Table 1"},
+      {"<c:pivotSource><c:name>T</c:name><c:fmtId val='0'/></c:pivotSource>", u"T"},
+      {"<c:pivotSource/>", u""},
+      {"", u""},
+  };
+  for (const auto& [source, name] : cases) EXPECT_EQ(Parsed(Chart("", "", source)).LinkedPivotName, name) << source;
 }
 
 TEST(ChartPart, GivesTitlesWithoutTextAStandIn) {

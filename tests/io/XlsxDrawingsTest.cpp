@@ -237,6 +237,23 @@ TEST(DrawingPart, FailsOnDamagedPartsWithTheirNames) {
   EXPECT_EQ(finding(parts), "format: xl/drawings/drawing1.xml,");
 }
 
+TEST(DrawingPart, ReportsThePointsThatChartsLose) {
+  TParts parts =
+      DrawingOf(Anchored("<graphicFrame><chart r:id='c'/></graphicFrame>"), Relation("c", "../charts/c.xml"));
+  std::string points;
+  for (int i = 0; i < 40; ++i) points += "<pt idx='" + std::to_string(i) + "'><v>1</v></pt>";
+  parts["xl/charts/c.xml"] = "<chartSpace><chart><plotArea><pieChart><ser><val><numLit>" + points +
+                             "</numLit></val></ser></pieChart></plotArea></chart></chartSpace>";
+  TFileReport report;
+  const auto book = LoadDrawings(parts, &report, {.MaxXmlTreeNodes = 100});
+  EXPECT_EQ(DrawingAt(*book, 0).ChartType, sctPie);
+  EXPECT_EQ(TextOf(DrawingAt(*book, 0).ChartSpaceXml), parts["xl/charts/c.xml"]);
+  ASSERT_EQ(report.Items().size(), 1u);
+  EXPECT_EQ(report.Items()[0].Feature + " in " + report.Items()[0].Where,
+            "chart point or series in xl/drawings/drawing1.xml");
+  EXPECT_EQ(report.Items()[0].Count, 40u);
+}
+
 TEST(DrawingPart, NamesOfOneBigPartDoNotFillMemory) {
   std::string anchors;
   for (int i = 0; i < 100; ++i) anchors += Anchored(Pic("a"));

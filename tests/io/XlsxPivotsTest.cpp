@@ -122,6 +122,32 @@ TEST(XlsxPivots, SourcesAreRangesNamesOrElsewhere) {
   }
 }
 
+TEST(XlsxPivots, TheirNumberIsBounded) {
+  std::string caches;
+  for (int id = 1; id <= 20; ++id) caches += "<pivotCache cacheId='" + std::to_string(id) + "' r:id='p'/>";
+  TXlsxBuilder xlsx = StandardBook(kSource, "<t cacheId='20'/>");
+  xlsx.Part("xl/workbook.xml", "<workbook><pivotCaches>" + caches + "</pivotCaches></workbook>");
+  TWorkbook book;
+  xlsx.Load(book);
+  EXPECT_EQ(book.PivotCaches().Count(), 20u);
+  TXlsxReadOptions options;
+  options.Limits.MaxEntries = 19;
+  EXPECT_EQ(test::Thrown([&] { xlsx.Load(book, options); }),
+            "limit: xl/workbook.xml: more pivot caches than the limit of 19");
+  std::string objects = "{}";
+  for (int i = 1; i < 500'001; ++i) objects += ",{}";
+  xlsx.Part("xl/tessarine/pivots.json", R"({"caches":[)" + objects + "]}");
+  EXPECT_EQ(test::Thrown([&] { xlsx.Load(book); }),
+            "limit: xl/tessarine/pivots.json: more objects than the limit of 500000");
+  xlsx.Part("xl/tessarine/pivots.json", R"({"sheets":[{"pivots":[{"fields":[)" + objects + "]}]}]}");
+  EXPECT_EQ(test::Thrown([&] { xlsx.Load(book); }),
+            "limit: xl/tessarine/pivots.json: a pivot table has more fields than the limit of 16384");
+  std::string fields;
+  for (int i = 0; i < 16'385; ++i) fields += "<field x='0'/>";
+  xlsx = StandardBook(kSource, "<t name='P'><rowFields>" + fields + "</rowFields></t>");
+  EXPECT_EQ(test::Thrown([&] { xlsx.Load(book); }), "limit: pivot table \"P\": more fields than the limit of 16384");
+}
+
 TEST(XlsxPivots, ABrokenStandardPartIsAnErrorAndABrokenOwnPartIsNone) {
   TWorkbook book;
   EXPECT_EQ(test::Thrown([&] { StandardBook(kSource, "<t>").Load(book); }).substr(0, 29),

@@ -41,6 +41,19 @@ TEST(SharedStringTable, AppendsOrFinds) {
   EXPECT_EQ(table.FindOrAdd(u"r"), 0);
 }
 
+TEST(SharedStringTable, ManyTextsAreFoundAgain) {
+  TSharedStringTable table;
+  const auto text = [](int32_t AIndex) {
+    return TText(std::u16string(static_cast<size_t>(AIndex % 13), u'x') + static_cast<char16_t>(AIndex / 13));
+  };
+  for (int32_t index = 0; index < 5000; ++index) {
+    EXPECT_EQ(index % 3 == 0 ? table.Add(text(index)) : table.FindOrAdd(text(index)), index);
+    EXPECT_EQ(table.FindOrAdd(text(index / 2)), index / 2);
+  }
+  for (int32_t index = 0; index < 5000; ++index) EXPECT_EQ(table.FindOrAdd(text(index)), index);
+  EXPECT_EQ(table.Count(), 5000);
+}
+
 TEST(XlsxStrings, ItemsAreOneTextOrRuns) {
   const struct {
     const char* Item;

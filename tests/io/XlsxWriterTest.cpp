@@ -34,6 +34,7 @@
 #include <tessarine/io/xlsx/detail/XlsxPackage.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Files.h>
+#include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlText.h>
 #include <tessarine/platform/XmlTree.h>
 #include <tessarine/platform/Zip.h>
@@ -333,6 +334,34 @@ TEST(XlsxWriting, ParameterPrefixesNeverChangeAText) {
     if (back == text) continue;
     detail::StripXlsxParameterPrefixes(back);
     EXPECT_EQ(TText(back).ToUtf8(), TText(text).ToUtf8());
+  }
+}
+
+TEST(XlsxWriting, PrefixesOfFunctionsStandInSmallLetters) {
+  const struct {
+    const char16_t* Formula;
+    const char* Written;
+  } cases[] = {
+      {u"_XLFN.CONCAT(A1)", "_xlfn.CONCAT(A1)"},
+      {u"1+_XLFN._XLWS.FILTER(A1:A3,_Xludf.F(1))", "1+_xlfn._xlws.FILTER(A1:A3,_xludf.F(1))"},
+      {u"_XLFN.LET(x,1,x)", "_xlfn.LET(_xlpm.x,1,_xlpm.x)"},
+      {u"MAP(A1,_XLETA.ABS)", "MAP(A1,_xleta.ABS)"},
+      {u"A_XLFN.B+_XLFNX(1)+_XLFN", "A_XLFN.B+_XLFNX(1)+_XLFN"},
+      {u"\"_XLFN.A\"&'_XLFN.B''_XLFN.C'!A1&T[_XLFN.D]", "\"_XLFN.A\"&'_XLFN.B''_XLFN.C'!A1&T[_XLFN.D]"},
+      {u"\"_XLFN.", "\"_XLFN."},
+      {u"T[_XLFN.", "T[_XLFN."},
+  };
+  for (const auto& row : cases) EXPECT_EQ(Utf16ToUtf8(detail::XlsxFormulaText(row.Formula)), row.Written);
+
+  TWorkbook book;
+  SetFormula(First(book), {1, 1}, u"=_XLFN.CONCAT(B1)");
+  SetFormula(First(book), {1, 2}, u"=_XLFN.CONCAT(B2)");
+  book.SetNamedFormula(u"N", u"=_XLFN.CONCAT(B1)");
+  for (const bool isLiteral : {false, true}) {
+    const auto bytes = Saved(book, Fixed(isLiteral));
+    const std::string prefix = isLiteral ? "_XLFN" : "_xlfn";
+    EXPECT_NE(Part(bytes, kSheet1).find("<f>" + prefix + ".CONCAT(B2)</f>"), std::string::npos);
+    EXPECT_NE(Part(bytes, "xl/workbook.xml").find(">" + prefix + ".CONCAT(B1)<"), std::string::npos);
   }
 }
 

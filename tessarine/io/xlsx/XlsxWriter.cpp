@@ -1,12 +1,13 @@
 #include <tessarine/io/xlsx/XlsxWriter.h>
 
+#include <tessarine/io/detail/SaveBook.h>
 #include <tessarine/io/xlsx/detail/XlsxWorkbookWriter.h>
-#include <tessarine/platform/Files.h>
 
 namespace tessarine {
 
 void TXlsxWriter::SaveToFile(TWorkbook& AWorkbook, const std::string& AFileName, const TXlsxWriteOptions& AOptions) {
-  SaveToFileViaTemp(AFileName, [&](IWriteStream& AStream) { SaveToStream(AWorkbook, AStream, AOptions); });
+  detail::SaveBookViaTemp(AWorkbook, AFileName,
+                          [&](IWriteStream& AStream) { SaveToStream(AWorkbook, AStream, AOptions); });
 }
 
 void TXlsxWriter::SaveToStream(TWorkbook& AWorkbook, IWriteStream& AStream, const TXlsxWriteOptions& AOptions) {

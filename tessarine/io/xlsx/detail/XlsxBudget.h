@@ -14,6 +14,7 @@ struct TXlsxBudget {
   size_t SharedFormulaUnits = size_t{256} << 20;  // UTF-16 units of formulas that a cell takes from another
   size_t SpilledValues = 4'000'000;               // cells of array formulas beside the formula's own
   size_t TableColumns = 1'000'000;                // columns of all tables together
+  size_t BlockProbes = 100'000'000;               // blocks looked at to see whether array formulas meet
 
   /// Takes ACount off ALeft. Throws ELimit when that is not left; APlace() and AWhat make the message.
   template <class TPlace>

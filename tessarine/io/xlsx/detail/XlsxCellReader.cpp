@@ -290,6 +290,9 @@ void TXlsxCellReader::OpenBlock() {
   if (range.StartCol != FAddress.Col || range.StartRow != FAddress.Row) return;
   const int64_t area = int64_t{range.Width()} * range.Height();
   if (area < 2 || area > kMaxGeneratedCells) return;
+  TXlsxBudget::Take(
+      FContext.Budget.BlockProbes, std::min(static_cast<size_t>(area), FBlocks.size()), [this] { return Place(); },
+      "the overlaps of array formulas");
   if (FSheet.Spills().IntersectsOther(range, range.StartCol, range.StartRow)) return;
   FSheet.Spills().SetSpill(range.StartCol, range.StartRow, range.Height(), range.Width(), {});
   FBlockByAnchor[BlockKey(range.StartCol, range.StartRow)] = FBlocks.size();

@@ -17,9 +17,7 @@ namespace tessarine::detail {
 
 namespace {
 
-constexpr size_t kCellsPerPoll = 16384;
-constexpr size_t kBytesPerCell = 36;  // about, to save the growth of the part
-constexpr size_t kCellBuffer = 160;   // a cell without its texts
+constexpr size_t kCellBuffer = 160;  // a cell without its texts
 
 char* Put(std::string_view AText, char* AAt) {
   std::memcpy(AAt, AText.data(), AText.size());
@@ -43,8 +41,7 @@ TXlsxCellWriter::TXlsxCellWriter(const TWorksheet& ASheet, const TXlsxCellOption
       FSpills(ASheet.Spills().IsEmpty() ? nullptr : &ASheet.Spills()),
       FOptions(AOptions),
       FFormulas(AOptions.IsLiteral),
-      FLetters(static_cast<size_t>(FStore.ColumnLimit()) + 1),
-      FMarked(ASheet.Sizing().MarkedRows()) {
+      FLetters(static_cast<size_t>(FStore.ColumnLimit()) + 1) {
   for (size_t col = 1; col < FLetters.size(); ++col) {
     const std::u16string letters = ColToLetters(static_cast<int32_t>(col));
     FLetters[col].Length = static_cast<uint8_t>(std::min(letters.size(), FLetters[col].Units.size()));
@@ -52,44 +49,35 @@ TXlsxCellWriter::TXlsxCellWriter(const TWorksheet& ASheet, const TXlsxCellOption
   }
 }
 
-void TXlsxCellWriter::Append(std::string& AOut) {
-  AOut.reserve(AOut.size() + FStore.CellCount() * kBytesPerCell);
-  const size_t start = AOut.size();
-  AOut += "<sheetData>";
-  const size_t empty = AOut.size();
-  FStore.ForEachByRow({1, 1, kMaxCol, kMaxRow}, [&](int32_t ACol, int32_t ARow, const TCellSlot& ASlot) {
-    if (ARow != FRow) MoveToRow(ARow, AOut);
-    if (!FRowHasCells) {
-      AOut += '>';
-      FRowHasCells = true;
-    }
-    AppendCell(ACol, ASlot, AOut);
-    if (++FCellsDone % kCellsPerPoll == 0) Poll();
-  });
-  MoveToRow(kMaxRow + 1, AOut);
-  if (AOut.size() == empty) {
-    AOut.resize(start);
-    AOut += "<sheetData/>";
-  } else {
-    AOut += "</sheetData>";
-  }
-}
-
-void TXlsxCellWriter::Poll() {
-  if (OnProgress) OnProgress(static_cast<double>(FCellsDone) / static_cast<double>(FStore.CellCount()));
+void TXlsxCellWriter::Append(const TXlsxBand& ABand, std::string& AOut) {
+  const auto marked = std::lower_bound(FOptions.MarkedRows.begin(), FOptions.MarkedRows.end(), ABand.FirstRow);
+  FNextMarked = static_cast<size_t>(marked - FOptions.MarkedRows.begin());
+  FNextString = ABand.FirstString;
+  FLastRow = ABand.LastRow;
+  FStore.ForEachByRow({1, ABand.FirstRow, kMaxCol, ABand.LastRow},
+                      [&](int32_t ACol, int32_t ARow, const TCellSlot& ASlot) {
+                        if (ARow != FRow) MoveToRow(ARow, AOut);
+                        if (!FRowHasCells) {
+                          AOut += '>';
+                          FRowHasCells = true;
+                        }
+                        AppendCell(ACol, ASlot, AOut);
+                      });
+  MoveToRow(ABand.LastRow + 1, AOut);
 }
 
 // ---- rows
 
-/// Closes the open row, writes those without cells before ARow, and opens that unless it lies behind the sheet.
+/// Closes the open row, writes those without cells before ARow, and opens that unless it lies behind the band.
 void TXlsxCellWriter::MoveToRow(int32_t ARow, std::string& AOut) {
   CloseRow(AOut);
-  for (; FNextMarked < FMarked.size() && FMarked[FNextMarked] < ARow; ++FNextMarked) {
-    OpenRow(FMarked[FNextMarked], true, AOut);
+  const std::span<const int32_t> marked = FOptions.MarkedRows;
+  for (; FNextMarked < marked.size() && marked[FNextMarked] < ARow; ++FNextMarked) {
+    OpenRow(marked[FNextMarked], true, AOut);
     CloseRow(AOut);
   }
-  if (ARow > kMaxRow) return;
-  const bool isMarked = FNextMarked < FMarked.size() && FMarked[FNextMarked] == ARow;
+  if (ARow > FLastRow) return;
+  const bool isMarked = FNextMarked < marked.size() && marked[FNextMarked] == ARow;
   if (isMarked) ++FNextMarked;
   OpenRow(ARow, isMarked, AOut);
 }

@@ -3,9 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <tessarine/core/values/Address.h>
@@ -23,22 +22,27 @@ struct TCellSlot;
 
 /// What the cells of a sheet part refer to.
 struct TXlsxCellOptions {
-  const std::vector<int32_t>& Strings;  // indexes of the sheet's texts, row by row
+  std::span<const int32_t> Strings;     // indexes of the sheet's texts, row by row
+  std::span<const int32_t> MarkedRows;  // rows with more than cells, ascending
   int32_t StyleCount = 0;               // formats of the style sheet; the next index is that of a default one
   bool IsLiteral = false;
 };
 
-/// Builds the rows and cells of a sheet part.
+/// Rows of a sheet that are written together.
+struct TXlsxBand {
+  int32_t FirstRow = 1;
+  int32_t LastRow = kMaxRow;
+  size_t FirstString = 0;  // cells with text above
+};
+
+/// Builds the rows of a sheet part with their cells. Writers of one sheet may work on different threads.
 class TXlsxCellWriter {
  public:
-  /// The arguments outlive the writer; nothing changes the sheet meanwhile.
+  /// The sheet and what the options refer to outlive the writer; nothing changes the sheet meanwhile.
   TXlsxCellWriter(const TWorksheet& ASheet, const TXlsxCellOptions& AOptions);
 
-  /// Appends the element with all rows to AOut.
-  void Append(std::string& AOut);
-
-  /// Called every few thousand cells with the share that is done.
-  std::function<void(double AFraction)> OnProgress;
+  /// Appends the elements of the rows in ABand to AOut.
+  void Append(const TXlsxBand& ABand, std::string& AOut);
 
  private:
   /// A column's letters.
@@ -53,7 +57,6 @@ class TXlsxCellWriter {
   void AppendCell(int32_t ACol, const TCellSlot& ASlot, std::string& AOut);
   void AppendFormula(int32_t ACol, const TCellSlot& ASlot, std::string& AOut);
   char* PutHead(int32_t ACol, int32_t AStyle, char* AAt) const;
-  void Poll();
 
   const TWorksheet& FSheet;
   const TCellStore& FStore;
@@ -61,14 +64,13 @@ class TXlsxCellWriter {
   TXlsxCellOptions FOptions;
   TXlsxFormulaWriter FFormulas;
   std::vector<TLetters> FLetters;  // by column
-  std::vector<int32_t> FMarked;    // rows with more than cells, ascending
+  int32_t FLastRow = 0;            // of the band
   size_t FNextMarked = 0;
   size_t FNextString = 0;
   int32_t FRow = 0;  // that is open, 0 when none is
   bool FRowHasCells = false;
   std::array<char, 12> FRowDigits{};
   size_t FRowLength = 0;
-  size_t FCellsDone = 0;
 };
 
 }  // namespace tessarine::detail

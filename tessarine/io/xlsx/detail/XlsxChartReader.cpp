@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +15,8 @@
 #include <tessarine/io/xlsx/detail/XlsxChartWords.h>
 #include <tessarine/io/xlsx/detail/XlsxCommon.h>
 #include <tessarine/io/xlsx/detail/XlsxDrawingRoom.h>
+#include <tessarine/platform/Errors.h>
+#include <tessarine/platform/XmlText.h>
 
 namespace tessarine::detail {
 
@@ -66,6 +69,7 @@ class TChartSpaceReader {
       FOut.RoundedCorners = XmlBoolVal(corners, true);
     FOut.ChartStyleId = XlsxChildWhole(ARoot, "style", FOut.ChartStyleId, 0, 1000);
     ReadBox(ARoot, FOut.ChartAreaFill, FOut.ChartAreaLine);
+    if (const TXmlNode* source = XmlFindChild(ARoot, "pivotSource")) ReadPivotSource(XmlFindChild(source, "name"));
     const TXmlNode* const chart = XmlFindChild(ARoot, "chart");
     ReadPlotArea(XmlFindChild(chart, "plotArea"));
     ReadTitle(chart);
@@ -78,6 +82,12 @@ class TChartSpaceReader {
   }
 
  private:
+  /// "[Book1.xlsx]Sheet1!PivotTable1": only the table's own name is kept.
+  void ReadPivotSource(const TXmlNode* AName) {
+    const std::u16string name = XmlNodeText16(AName);
+    FOut.LinkedPivotName = TText(std::u16string_view(name).substr(name.rfind(u'!') + 1));
+  }
+
   void ReadBox(const TXmlNode* AParent, TSheetChartFill& AFill, TSheetChartStroke& ALine) const {
     const TXmlNode* const properties = XmlFindChild(AParent, "spPr");
     AFill = XlsxReadFill(properties, FContext.Theme);
@@ -102,24 +112,29 @@ class TChartSpaceReader {
     ReadTitleRuns(rich);
   }
 
+  /// The end of a paragraph belongs to the run before it.
   void ReadTitleRuns(const TXmlNode* ARich) {
-    FOut.ChartTitleRuns.clear();
-    bool isFirst = true;
+    std::vector<TSheetChartTextRun>& runs = FOut.ChartTitleRuns;
+    runs.clear();
+    std::u16string ends;  // of paragraphs, behind the last run
+    const auto takeEnds = [&] {
+      if (!ends.empty() && !runs.empty()) runs.back().Text = TText(runs.back().Text.ToString() + ends);
+      ends.clear();
+    };
     for (const TXmlNode* paragraph : TXmlElements(ARich)) {
       if (!XmlLocalNameIs(paragraph, "p")) continue;
-      if (!isFirst && !FOut.ChartTitleRuns.empty()) {
-        TText& last = FOut.ChartTitleRuns.back().Text;
-        last = TText(last.ToString() + u"\r\n");
-      }
-      isFirst = false;
       const TSheetChartFont base =
           XlsxReadChartFont(XmlFindChild(XmlFindChild(paragraph, "pPr"), "defRPr"), {}, FContext.Theme);
       XlsxForEachRun(paragraph, [&](const TXmlNode* ARun, const std::u16string& AText) {
         if (AText.empty()) return;
-        FOut.ChartTitleRuns.push_back(
-            {TText(AText), XlsxReadChartFont(XmlFindChild(ARun, "rPr"), base, FContext.Theme)});
+        if (!FContext.Room.TryTake(sizeof(TSheetChartTextRun))) return FContext.Room.NoteLoss();
+        takeEnds();
+        runs.push_back({TText(AText), XlsxReadChartFont(XmlFindChild(ARun, "rPr"), base, FContext.Theme)});
       });
+      if (!runs.empty()) ends += u"\r\n";
     }
+    if (!ends.empty()) ends.resize(ends.size() - 2);  // nothing ends at the last one
+    takeEnds();
   }
 
   void ReadView(const TXmlNode* AView) {
@@ -173,8 +188,11 @@ class TChartSpaceReader {
     if (AKind.Type == sctBar && EqualXmlNames(XlsxChildVal(ANode, "barDir"), "col")) group.Plot.ChartType = sctColumn;
     for (const TXmlNode* child : TXmlElements(ANode)) {
       if (XmlLocalNameIs(child, "axId")) group.AxisIds.push_back(XmlAttr(child, "val"));
-      if (!XmlLocalNameIs(child, "ser") || !FContext.Room.TryTake(sizeof(TSheetChartSeries))) continue;
-      group.Plot.Series.push_back(XlsxReadSeries(child, ++ASeriesCount, FContext));
+      if (!XmlLocalNameIs(child, "ser")) continue;
+      if (FContext.Room.TryTake(sizeof(TSheetChartSeries)))
+        group.Plot.Series.push_back(XlsxReadSeries(child, ++ASeriesCount, FContext));
+      else
+        FContext.Room.NoteLoss();
     }
     return group;
   }
@@ -198,14 +216,10 @@ class TChartSpaceReader {
     AGroup.Labels = XmlFindChild(ANode, "dLbls");
   }
 
-  /// Whether an axis is the horizontal one of a group with two value axes.
-  static bool IsHorizontalValues(const TAxis& AAxis, const std::vector<TGroup>& AGroups) {
+  /// Whether an axis is the horizontal one of a group with two value axes; AIds are the axes of such groups.
+  static bool IsHorizontalValues(const TAxis& AAxis, const std::set<std::string_view>& AIds) {
     const std::string_view side = XlsxChildVal(AAxis.Node, "axPos");
-    if (!EqualXmlNames(side, "b") && !EqualXmlNames(side, "t")) return false;
-    return std::any_of(AGroups.begin(), AGroups.end(), [&AAxis](const TGroup& AGroup) {
-      return UsesTwoValueAxes(AGroup.Plot.ChartType) &&
-             std::find(AGroup.AxisIds.begin(), AGroup.AxisIds.end(), AAxis.Id) != AGroup.AxisIds.end();
-    });
+    return (EqualXmlNames(side, "b") || EqualXmlNames(side, "t")) && AIds.contains(AAxis.Id);
   }
 
   /// The first axis of each role counts; groups that name the second value axis are drawn against it.
@@ -213,13 +227,16 @@ class TChartSpaceReader {
     const TXmlNode* category = nullptr;
     const TXmlNode* horizontal = nullptr;
     std::vector<TAxis> values;
+    std::set<std::string_view> pairedIds;
+    for (const TGroup& group : AGroups)
+      if (UsesTwoValueAxes(group.Plot.ChartType)) pairedIds.insert(group.AxisIds.begin(), group.AxisIds.end());
     for (const TXmlNode* node : TXmlElements(AArea)) {
       const bool isCategory =
           XmlLocalNameIs(node, "catAx") || XmlLocalNameIs(node, "dateAx") || XmlLocalNameIs(node, "serAx");
       if (isCategory && !category) category = node;
       if (!XmlLocalNameIs(node, "valAx") || values.size() == 2) continue;
       const TAxis axis{node, XlsxChildVal(node, "axId")};
-      if (!IsHorizontalValues(axis, AGroups))
+      if (!IsHorizontalValues(axis, pairedIds))
         values.push_back(axis);
       else if (!horizontal)
         horizontal = node;
@@ -269,7 +286,10 @@ class TChartSpaceReader {
         series.PlotKind = group.Plot.ChartType;
         const size_t points = series.Categories.size() + series.Values.size() + series.XValues.size() +
                               series.Sizes.size() + 4 * series.Style.PointFills.size();
-        if (FContext.Room.TryTake(sizeof series + points * sizeof(double))) FOut.Series.push_back(series);
+        if (FContext.Room.TryTake(sizeof series + points * sizeof(double)))
+          FOut.Series.push_back(series);
+        else
+          FContext.Room.NoteLoss();
       }
       FOut.Subplots.push_back(std::move(group.Plot));
     }
@@ -278,6 +298,43 @@ class TChartSpaceReader {
   const TXlsxChartContext& FContext;
   TSheetDrawing FOut;
 };
+
+/// A chart part without the points of its caches, of which each would make several nodes. Those that name series stay.
+std::string WithoutPoints(std::string_view ABytes, std::string_view APartName, const TXlsxChartContext& AContext) {
+  TXmlReader reader(ABytes, APartName, AContext.Limits);
+  std::string out;
+  size_t nameDepth = 0;  // of the series' name that is open
+  for (TXmlEvent event = reader.Next(); event != xeEnd; event = reader.Next()) {
+    const std::string_view name = reader.Name();
+    if (event == xeText) {
+      AppendXmlText(reader.Text(), out);
+    } else if (event == xeEndElement) {
+      ((out += "</") += name) += '>';
+      if (nameDepth == reader.Depth()) nameDepth = 0;
+    } else if (nameDepth == 0 && (reader.LocalNameIs("pt") || reader.LocalNameIs("ptCount"))) {
+      if (reader.LocalNameIs("pt")) AContext.Room.NoteLoss();
+      reader.SkipElement();
+    } else {
+      if (nameDepth == 0 && reader.LocalNameIs("tx")) nameDepth = reader.Depth();
+      (out += '<') += name;
+      for (const TXmlAttribute& attribute : reader.Attributes()) {
+        ((out += ' ') += attribute.Name) += "=\"";
+        AppendXmlAttribute(attribute.Value, out);
+        out += '"';
+      }
+      out += '>';
+    }
+  }
+  return out;
+}
+
+TXmlTree ChartTree(std::string_view ABytes, std::string_view APartName, const TXlsxChartContext& AContext) {
+  try {
+    return TXmlTree(ABytes, APartName, AContext.Limits);
+  } catch (const ELimit&) {
+    return TXmlTree(WithoutPoints(ABytes, APartName, AContext), APartName, AContext.Limits);
+  }
+}
 
 /// The default font that a chart style has for one part of a chart; the reference's colour counts below the font's own.
 TSheetChartFont StyleFont(const TXmlNode* APart, const TTessarineTheme* ATheme) {
@@ -362,7 +419,7 @@ TSheetChartManualLayout XlsxReadLayout(const TXmlNode* AParent) {
 void ParseChartSpace(std::string_view ABytes, std::string_view APartName, const TXlsxChartContext& AContext,
                      TSheetDrawing& ADrawing) {
   if (ABytes.empty()) return;
-  const TXmlTree tree(ABytes, APartName, AContext.Limits);
+  const TXmlTree tree = ChartTree(ABytes, APartName, AContext);
   if (XmlLocalNameIs(tree.Root(), "chartSpace")) ADrawing = TChartSpaceReader(AContext, ADrawing).Read(tree.Root());
 }
 

@@ -21,7 +21,8 @@ struct TXlsxChartContext {
 };
 
 /// Fills the chart fields of ADrawing from a chart part (ECMA-376-1 §21.2.2.29). What the part does not state stays.
-/// The series of all groups are in Series; of a chart with several groups they are in its Subplots as well. Throws as
+/// The series of all groups are in Series; of a chart with several groups they are in its Subplots as well. Of a part
+/// that is too large for a tree the cached points are left out; the room counts them and all others that are. Throws as
 /// TXmlReader does, with ADrawing unchanged.
 void ParseChartSpace(std::string_view ABytes, std::string_view APartName, const TXlsxChartContext& AContext,
                      TSheetDrawing& ADrawing);

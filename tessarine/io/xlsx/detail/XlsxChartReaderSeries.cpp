@@ -43,24 +43,28 @@ TDataSource SourceOf(const TXmlNode* ANode) {
   return source;
 }
 
-/// Calls APlace(index, value node) for each point with a place. The count that a cache states comes first, as an index
-/// one below it without a value.
-template <class TPlace>
-void ForEachPoint(const TXmlNode* AData, TPlace&& APlace) {
+/// Calls ASet(index, value node) for each point with a place and a value. AList grows to the count that the cache
+/// states and to its last point.
+template <class TList, class TSet>
+void ForEachPoint(const TXmlNode* AData, TXlsxDrawingRoom& ARoom, TList& AList, TSet&& ASet) {
   const int32_t count = std::min(XmlAttrInt(XmlFindChild(AData, "ptCount"), "val", 0), kMaxPoints);
-  if (count > 0) APlace(static_cast<size_t>(count) - 1, nullptr);
+  if (count > 0) ARoom.TryGrow(AList, static_cast<size_t>(count));
   for (const TXmlNode* point : TXmlElements(AData)) {
     if (!XmlLocalNameIs(point, "pt")) continue;
     const int32_t index = XmlAttrInt(point, "idx", -1);
-    if (index >= 0 && index < kMaxPoints) APlace(static_cast<size_t>(index), XmlFindChild(point, "v"));
+    const auto place = static_cast<size_t>(std::max(index, 0));
+    if (index < 0 || index >= kMaxPoints || !ARoom.TryGrow(AList, place + 1)) {
+      ARoom.NoteLoss();
+    } else if (const TXmlNode* value = XmlFindChild(point, "v")) {
+      ASet(place, value);
+    }
   }
 }
 
 std::vector<double> ReadNumbers(const TXmlNode* AData, TXlsxDrawingRoom& ARoom) {
   std::vector<double> numbers;
-  ForEachPoint(AData, [&](size_t AIndex, const TXmlNode* AValue) {
+  ForEachPoint(AData, ARoom, numbers, [&](size_t AIndex, const TXmlNode* AValue) {
     double number = 0;
-    if (!ARoom.TryGrow(numbers, AIndex + 1) || !AValue) return;
     if (TryParseFileNumber(XlsxTrim(XmlNodeText(AValue)), number)) numbers[AIndex] = number;
   });
   return numbers;
@@ -68,8 +72,7 @@ std::vector<double> ReadNumbers(const TXmlNode* AData, TXlsxDrawingRoom& ARoom) 
 
 /// Puts the texts of one level ahead of those that are there already, with a blank in between.
 void AddLevel(const TXmlNode* ALevel, TXlsxDrawingRoom& ARoom, std::vector<TText>& ATexts) {
-  ForEachPoint(ALevel, [&](size_t AIndex, const TXmlNode* AValue) {
-    if (!ARoom.TryGrow(ATexts, AIndex + 1) || !AValue) return;
+  ForEachPoint(ALevel, ARoom, ATexts, [&](size_t AIndex, const TXmlNode* AValue) {
     std::u16string text = XmlNodeText16(AValue);
     if (!ATexts[AIndex].IsEmpty() && ARoom.TryTake(ATexts[AIndex].Length() * 2))
       (text += u' ') += ATexts[AIndex].View();
@@ -80,9 +83,8 @@ void AddLevel(const TXmlNode* ALevel, TXlsxDrawingRoom& ARoom, std::vector<TText
 std::vector<TText> ReadTexts(const TDataSource& ASource, TXlsxDrawingRoom& ARoom) {
   std::vector<TText> texts;
   if (!ASource.HasLevels) {
-    ForEachPoint(ASource.Data, [&](size_t AIndex, const TXmlNode* AValue) {
-      if (ARoom.TryGrow(texts, AIndex + 1) && AValue) texts[AIndex] = TText(XmlNodeText16(AValue));
-    });
+    ForEachPoint(ASource.Data, ARoom, texts,
+                 [&](size_t AIndex, const TXmlNode* AValue) { texts[AIndex] = TText(XmlNodeText16(AValue)); });
     return texts;
   }
   for (const TXmlNode* level : TXmlElements(ASource.Data))
@@ -110,10 +112,12 @@ void ReadData(const TXmlNode* ASeries, TXlsxDrawingRoom& ARoom, TSheetChartSerie
 void ReadPoint(const TXmlNode* APoint, const TXlsxChartContext& AContext, TSheetChartSeriesStyle& AStyle) {
   const int32_t index = XmlAttrInt(XmlFindChild(APoint, "idx"), "val", -1);
   const TXmlNode* const properties = XmlFindChild(APoint, "spPr");
-  if (index < 0 || index >= kMaxPoints || !properties) return;
-  const auto place = static_cast<size_t>(index);
-  if (!AContext.Room.TryGrow(AStyle.PointFills, place + 1) || !AContext.Room.TryGrow(AStyle.PointStrokes, place + 1))
-    return;
+  if (!properties) return;
+  const auto place = static_cast<size_t>(std::max(index, 0));
+  if (index < 0 || index >= kMaxPoints || !AContext.Room.TryGrow(AStyle.PointFills, place + 1) ||
+      !AContext.Room.TryGrow(AStyle.PointStrokes, place + 1)) {
+    return AContext.Room.NoteLoss();
+  }
   AStyle.PointFills[place] = XlsxReadFill(properties, AContext.Theme);
   AStyle.PointStrokes[place] = XlsxReadStroke(XmlFindChild(properties, "ln"), AContext.Theme);
 }

@@ -184,8 +184,8 @@ class TDrawingPartReader {
   }
 
  private:
-  void Drop(std::string_view AFeature, std::string_view ANote) {
-    if (FReport) FReport->Add(AFeature, ffDropped, FPart, 1, ANote);
+  void Drop(std::string_view AFeature, std::string_view ANote, uint64_t ACount = 1) {
+    if (FReport) FReport->Add(AFeature, ffDropped, FPart, ACount, ANote);
   }
 
   void ReadOwnRelationships() {
@@ -290,7 +290,10 @@ class TDrawingPartReader {
     const TDrawingBytes* const bytes = KeepPart(part);
     if (!bytes) return;
     const TXlsxChartContext context{&FTheme, FRoom, FPackage.Limits()};
+    const uint64_t losses = FRoom.Losses();
     ParseChartSpace(TextOf(*bytes), part, context, ADrawing);
+    Drop("chart point or series", "more than the reader takes; a refresh of the chart reads the cells",
+         FRoom.Losses() - losses);
     ADrawing.ChartSpaceXml = *bytes;
     ReadChartStyle(part, context, ADrawing);
   }

@@ -29,8 +29,13 @@ class TXlsxDrawingRoom {
     return true;
   }
 
+  /// Counts points and series that were left out.
+  void NoteLoss() { ++FLosses; }
+  uint64_t Losses() const { return FLosses; }
+
  private:
   const TXlsxPackage* FPackage;
+  uint64_t FLosses = 0;
   uint64_t FLeft = uint64_t{256} << 20;
 };
 

@@ -29,6 +29,16 @@ bool IsFunction(std::u16string_view AWord, std::u16string_view ANamed) {
   return EqualAsciiNoCase(AWord, ANamed);
 }
 
+/// Behind the bracket that closes the one at AStart.
+size_t AfterBrackets(std::u16string_view AText, size_t AStart) {
+  size_t at = AStart;
+  for (int depth = 0; at < AText.size(); ++at) {
+    if (AText[at] == u'[') ++depth;
+    if (AText[at] == u']' && --depth == 0) return at + 1;
+  }
+  return at;
+}
+
 /// Walks over a formula and copies it, with prefixes put in.
 class TParameterMarker {
  public:
@@ -78,13 +88,8 @@ class TParameterMarker {
   }
 
   void CopyBrackets() {
-    size_t end = FAt;
-    for (int depth = 0; end < FText.size(); ++end) {
-      if (FText[end] == u'[') ++depth;
-      if (FText[end] == u']' && --depth == 0) break;
-    }
     FIsArgumentStart = false;
-    Copy(std::min(end + 1, FText.size()) - FAt);
+    Copy(AfterBrackets(FText, FAt) - FAt);
   }
 
   void CopyWord() {
@@ -142,6 +147,17 @@ bool MayBindParameters(std::u16string_view AText) {
   return false;
 }
 
+/// In front of functions of later versions, of add-ins and of macros, alone or one behind the other.
+constexpr std::u16string_view kNamePrefixes[] = {u"_xlfn.", u"_xlws.", u"_xludf.", u"_xleta.", u"_xll."};
+
+/// The length of the prefix at the start of AText in whatever case; 0 without one.
+size_t PrefixLength(std::u16string_view AText) {
+  for (const std::u16string_view prefix : kNamePrefixes) {
+    if (EqualAsciiNoCase(AText.substr(0, prefix.size()), prefix)) return prefix.size();
+  }
+  return 0;
+}
+
 /// Whether the reader puts an "@" before this text.
 bool GetsSign(std::u16string_view AText) {
   return AText.find(u'@') == AText.npos && IsDynamicArraySpillFormulaText(AText);
@@ -162,6 +178,31 @@ std::u16string MarkXlsxParameters(std::u16string_view AFormula) {
   return back == AFormula ? marked : std::u16string(AFormula);
 }
 
+std::u16string LowerXlsxPrefixes(std::u16string_view AFormula) {
+  std::u16string text(AFormula);
+  for (size_t at = 0; at < text.size();) {
+    const char16_t unit = text[at];
+    if (unit == u'"' || unit == u'\'') {
+      at = std::min(text.find(unit, at + 1), text.size() - 1) + 1;
+    } else if (unit == u'[') {
+      at = AfterBrackets(text, at);
+    } else if (IsWordUnit(unit)) {
+      for (size_t length = 0; (length = PrefixLength(std::u16string_view(text).substr(at))) > 0; at += length)
+        std::transform(text.begin() + static_cast<ptrdiff_t>(at), text.begin() + static_cast<ptrdiff_t>(at + length),
+                       text.begin() + static_cast<ptrdiff_t>(at), AsciiLower);
+      while (at < text.size() && IsWordUnit(text[at])) ++at;
+    } else {
+      ++at;
+    }
+  }
+  return text;
+}
+
+std::u16string XlsxFormulaText(std::u16string_view AFormula) {
+  std::u16string text = MarkXlsxParameters(AFormula);
+  return text.find(u'_') == text.npos ? text : LowerXlsxPrefixes(text);
+}
+
 const TXlsxFormulaWriter::TShape& TXlsxFormulaWriter::ShapeOf(const TFormulaTemplate& ATemplate, int32_t ACol) {
   const auto col = static_cast<size_t>(ACol);
   if (col >= FShapes.size()) FShapes.resize(col + 1);
@@ -171,7 +212,7 @@ const TXlsxFormulaWriter::TShape& TXlsxFormulaWriter::ShapeOf(const TFormulaTemp
   shape = {&ATemplate};
   shape.DropsSign = !FIsLiteral && text.starts_with(u'@') && GetsSign(text.substr(1));
   shape.IsArrayOfOne = !FIsLiteral && GetsSign(text);
-  shape.BindsParameters = !FIsLiteral && MayBindParameters(text);
+  shape.MayBeRespelled = !FIsLiteral && (text.find(u'_') != text.npos || MayBindParameters(text));
   return shape;
 }
 
@@ -191,8 +232,8 @@ void TXlsxFormulaWriter::Append(const TFormulaTemplate& ATemplate, int32_t ACol,
     AOut += "<f>";
     if (shape.DropsSign) text.remove_prefix(1);
   }
-  if (shape.BindsParameters) {
-    AppendXlsxString(MarkXlsxParameters(text), AOut);
+  if (shape.MayBeRespelled) {
+    AppendXlsxString(XlsxFormulaText(text), AOut);
   } else {
     AppendXlsxString(text, AOut);
   }

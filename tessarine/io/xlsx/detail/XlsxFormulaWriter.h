@@ -15,6 +15,14 @@ class TFormulaTemplate;
 /// so files name them. StripXlsxParameterPrefixes gives AFormula back; a text for which it would not stays as it is.
 std::u16string MarkXlsxParameters(std::u16string_view AFormula);
 
+/// AFormula with the prefixes of functions that came later ("_xlfn.") in small letters: other programs know them only
+/// so. Shared formulas, and those that were moved, have them in capitals. Texts, names in quotes and columns of tables
+/// stay.
+std::u16string LowerXlsxPrefixes(std::u16string_view AFormula);
+
+/// AFormula as files spell it: with both.
+std::u16string XlsxFormulaText(std::u16string_view AFormula);
+
 /// Writes the formulas of a sheet. The reader puts an "@" before formulas that spill unless they stand as array
 /// formulas, and takes it off nowhere: where it would put one there, ours is left out, and a formula that spills but
 /// has no block at present is written as an array formula of its own cell.
@@ -31,9 +39,9 @@ class TXlsxFormulaWriter {
   /// What the formulas of one template have in common.
   struct TShape {
     const TFormulaTemplate* Template = nullptr;
-    bool DropsSign = false;     // the "@" in front comes back by itself
-    bool IsArrayOfOne = false;  // would get an "@" that it does not have
-    bool BindsParameters = false;
+    bool DropsSign = false;       // the "@" in front comes back by itself
+    bool IsArrayOfOne = false;    // would get an "@" that it does not have
+    bool MayBeRespelled = false;  // XlsxFormulaText may change them
   };
 
   const TShape& ShapeOf(const TFormulaTemplate& ATemplate, int32_t ACol);

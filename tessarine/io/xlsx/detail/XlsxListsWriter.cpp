@@ -13,6 +13,7 @@
 #include <tessarine/core/lists/SheetTables.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/xlsx/detail/XlsxFormulaWriter.h>
 #include <tessarine/io/xlsx/detail/XlsxMarkupWriter.h>
 #include <tessarine/platform/Unicode.h>
 
@@ -126,8 +127,10 @@ void AppendRule(const TWorkbook& AWorkbook, const TDataValidationRule& ARule, co
     AppendOperand("formula2", ARule.Formula2, AOut);
   } else {
     const bool isList = ARule.ValidationType == dvtList;
-    AppendOperand("formula1", isList ? XlsxListSource(AWorkbook, ARule.Formula1) : WithoutSign(ARule.Formula1), AOut);
-    AppendOperand("formula2", WithoutSign(ARule.Formula2), AOut);
+    const std::u16string first =
+        isList ? XlsxListSource(AWorkbook, ARule.Formula1) : std::u16string(WithoutSign(ARule.Formula1));
+    AppendOperand("formula1", LowerXlsxPrefixes(first), AOut);
+    AppendOperand("formula2", LowerXlsxPrefixes(WithoutSign(ARule.Formula2)), AOut);
   }
   AOut += "</dataValidation>";
 }

@@ -113,6 +113,12 @@ void AppendXlsxString(std::u16string_view AText, std::string& AOut) {
   if (!TryAppendPlain(AText, AOut)) AppendXlsxText(AText, AOut);
 }
 
+void ReserveForRest(size_t ADone, size_t AAll, size_t ABytes, size_t AGuess, std::string& AOut) {
+  const size_t perItem = ADone == 0 ? AGuess : ABytes / ADone + 1;
+  const size_t wanted = AOut.size() + (AAll - ADone) * (perItem + perItem / 16);
+  if (wanted > AOut.capacity()) AOut.reserve(wanted);
+}
+
 void AppendXlsxSpace(std::u16string_view AText, std::string& AOut) {
   if (AText.empty()) return;
   if (AText.front() == u' ' || AText.back() == u' ' || AText.find_first_of(u"\t\n\r") != AText.npos)

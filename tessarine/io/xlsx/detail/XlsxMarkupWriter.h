@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -46,6 +47,10 @@ bool TryAppendPlain(std::u16string_view AText, std::string& AOut);
 
 /// AppendXlsxText with that short cut.
 void AppendXlsxString(std::u16string_view AText, std::string& AOut);
+
+/// Room in AOut for the rest of AAll items of which ADone are written and took ABytes: growth by doubling would copy
+/// most of a large part. While none is written AGuess tells how many bytes one takes.
+void ReserveForRest(size_t ADone, size_t AAll, size_t ABytes, size_t AGuess, std::string& AOut);
 
 /// ` xml:space="preserve"` where a parser may otherwise not keep all blanks and line ends of an element's text.
 void AppendXlsxSpace(std::u16string_view AText, std::string& AOut);

@@ -120,7 +120,7 @@ void AppendXlsxNames(const TWorkbook& AWorkbook, bool AIsLiteral, std::string& A
       AppendXlsxWord("hidden", "1", names);
     }
     names += '>';
-    AppendXlsxString(AIsLiteral ? text : MarkXlsxParameters(text), names);
+    AppendXlsxString(AIsLiteral ? text : XlsxFormulaText(text), names);
     names += "</definedName>";
   }
   if (!names.empty()) ((AOut += "<definedNames>") += names) += "</definedNames>";

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -20,6 +21,7 @@
 #include <tessarine/io/xlsx/detail/XlsxPackage.h>
 #include <tessarine/io/xlsx/detail/XlsxPivots.h>
 #include <tessarine/io/xlsx/detail/XlsxReport.h>
+#include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlTree.h>
 
@@ -75,6 +77,7 @@ class TXlsxPivotReader {
     if (bytes.IsEmpty()) return;
     const TXmlTree tree(bytes.Text(), kPivotWorkbookPart, FPackage.Limits());
     const TXlsxRelationships relationships = FPackage.ReadRelationships(kPivotWorkbookPart);
+    for (const auto& cache : FWorkbook.PivotCaches()) FCacheById.emplace(cache->Id(), cache.get());
     for (const TXmlNode* cache : TXmlElements(XmlFindChild(tree.Root(), "pivotCaches"))) {
       if (XmlLocalNameIs(cache, "pivotCache")) ReadCache(cache, relationships);
     }
@@ -104,17 +107,22 @@ class TXlsxPivotReader {
   void ReadCache(const TXmlNode* ACache, const TXlsxRelationships& ARelationships) {
     const int32_t id = XmlAttrInt(ACache, "cacheId", 0);
     const std::string part = TargetPart(ACache, ARelationships);
-    if (part.empty() || FWorkbook.PivotCaches().FindById(id)) return;
+    if (part.empty() || FCacheById.contains(id)) return;
     const TByteBuffer bytes = FPackage.ReadPart(part);
     if (bytes.IsEmpty()) return;
+    // A definition can serve many caches, so entries of the archive do not bound their number.
+    if (FCacheById.size() >= FPackage.Limits().MaxEntries) {
+      throw ELimit(std::string(kPivotWorkbookPart) + ": more pivot caches than the limit of " +
+                   std::to_string(FPackage.Limits().MaxEntries));
+    }
     const TXmlTree tree(bytes.Text(), part, FPackage.Limits());
     auto cache = std::make_unique<TPivotCache>(id);
     ReadSource(XmlFindChild(tree.Root(), "cacheSource"), *cache);
     ReadFields(XmlFindChild(tree.Root(), "cacheFields"), *cache);
-    FWorkbook.PivotCaches().Add(std::move(cache));
+    FCacheById.emplace(id, &FWorkbook.PivotCaches().Add(std::move(cache)));
   }
 
-  void ReadSource(const TXmlNode* ASource, TPivotCache& ACache) const {
+  void ReadSource(const TXmlNode* ASource, TPivotCache& ACache) {
     const std::string_view type = XmlAttr(ASource, "type", "worksheet");
     if (EqualXmlNames(type, "consolidation")) {
       ACache.SourceKind = pcsMultiConsolidation;
@@ -127,35 +135,42 @@ class TXlsxPivotReader {
     }
   }
 
+  struct TNamedSource {
+    TText Sheet;
+    TCellRange Range;
+  };
+
   /// A range, or the name of a table or of a range; through a relationship it lies in another workbook.
-  void ReadWorksheetSource(const TXmlNode* ARange, TPivotCache& ACache) const {
+  void ReadWorksheetSource(const TXmlNode* ARange, TPivotCache& ACache) {
     if (XmlHasAttr(ARange, "id")) ACache.SourceKind = pcsExternal;
     ACache.SourceSheet = TText::FromUtf8(XmlAttr(ARange, "sheet"));
     const TCellRange range = XlsxRange(XmlAttr(ARange, "ref"));
     if (XlsxIsRange(range)) {
       ACache.SourceRange = range;
     } else if (const std::string_view name = XmlAttr(ARange, "name"); !name.empty()) {
-      ResolveName(Utf8ToUtf16(name), ACache);
+      const auto [place, isNew] = FNamedSources.try_emplace(std::string(name));
+      if (isNew) place->second = SourceOfName(Utf8ToUtf16(name));
+      if (!place->second) return;
+      ACache.SourceSheet = place->second->Sheet;
+      ACache.SourceRange = place->second->Range;
     }
   }
 
   /// Tables come first, without their totals.
-  void ResolveName(const std::u16string& AName, TPivotCache& ACache) const {
+  std::optional<TNamedSource> SourceOfName(const std::u16string& AName) const {
     for (int32_t index = 0; index < FWorkbook.SheetCount(); ++index) {
       TWorksheet& sheet = *FWorkbook.GetSheet(index);
       const TSheetTable* const table = sheet.Tables().FindByName(AName);
       if (!table) continue;
-      ACache.SourceSheet = sheet.Name();
-      ACache.SourceRange = table->Ref();
-      if (table->HasTotalsRow() && ACache.SourceRange.EndRow > ACache.SourceRange.StartRow) --ACache.SourceRange.EndRow;
-      return;
+      TCellRange range = table->Ref();
+      if (table->HasTotalsRow() && range.EndRow > range.StartRow) --range.EndRow;
+      return TNamedSource{sheet.Name(), range};
     }
     const std::optional<TText> formula = FWorkbook.FindNamedFormula(AName);
-    if (!formula || !formula->View().starts_with(u'=')) return;
+    if (!formula || !formula->View().starts_with(u'=')) return std::nullopt;
     const auto parsed = TryParseSheetRange(formula->View().substr(1));
-    if (!parsed || !FWorkbook.FindSheet(parsed->Sheet)) return;
-    ACache.SourceSheet = TText(parsed->Sheet);
-    ACache.SourceRange = parsed->Range;
+    if (!parsed || !FWorkbook.FindSheet(parsed->Sheet)) return std::nullopt;
+    return TNamedSource{TText(parsed->Sheet), parsed->Range};
   }
 
   static void ReadConsolidation(const TXmlNode* ASource, TPivotCache& ACache) {
@@ -192,6 +207,8 @@ class TXlsxPivotReader {
   /// A part that several relationships name is read once: its table would find its own name taken.
   void ReadSheet(const std::string& APart, TWorksheet& ASheet) {
     std::set<std::string> parts;
+    FTableNames.clear();
+    for (const auto& table : ASheet.Pivots()) FTableNames.insert(ToAsciiLower(table->Name));
     for (const TXlsxRelationship& relationship : FPackage.ReadRelationships(APart)) {
       if (!IsPivotTableType(relationship.Type)) continue;
       const std::string part = XlsxResolveTarget(APart, relationship.Target);
@@ -205,7 +222,7 @@ class TXlsxPivotReader {
 
   void ReadTable(const TXmlNode* ARoot, TWorksheet& ASheet) {
     const TText name = XlsxText(XmlAttr(ARoot, "name", "Pivot"));
-    if (ASheet.Pivots().FindByName(name.View())) return;
+    if (!FTableNames.insert(ToAsciiLower(name)).second) return;
     const TXmlNode* const location = XmlFindChild(ARoot, "location");
     TCellRange body = XlsxRange(XmlAttr(location, "ref", "A1"));
     body = XlsxIsRange(body) ? body.Normalize() : TCellRange{1, 1, 1, 1};
@@ -236,12 +253,21 @@ class TXlsxPivotReader {
                         std::string_view AIndex, TPivotFieldRole ARole, TPivotTable& ATable) {
     for (const TXmlNode* field : TXmlElements(XmlFindChild(ARoot, ASection))) {
       const int32_t index = XmlLocalNameIs(field, AElement) ? XmlAttrInt(field, AIndex, -1) : -1;
-      if (index >= 0) ATable.AddField(TPivotFieldRef::Create(index, ARole, paSum));
+      if (index >= 0) AddField(TPivotFieldRef::Create(index, ARole, paSum), ATable);
     }
   }
 
+  static void AddField(TPivotFieldRef AField, TPivotTable& ATable) {
+    if (ATable.Fields.size() >= kMaxXlsxPivotFields) {
+      throw ELimit("pivot table \"" + ATable.Name.ToUtf8() + "\": more fields than the limit of " +
+                   std::to_string(kMaxXlsxPivotFields));
+    }
+    ATable.AddField(std::move(AField));
+  }
+
   void AddDataFields(const TXmlNode* ARoot, TPivotTable& ATable) const {
-    const TPivotCache* const cache = FWorkbook.PivotCaches().FindById(ATable.CacheId);
+    const auto found = FCacheById.find(ATable.CacheId);
+    const TPivotCache* const cache = found == FCacheById.end() ? nullptr : found->second;
     for (const TXmlNode* field : TXmlElements(XmlFindChild(ARoot, "dataFields"))) {
       const int32_t index = XmlLocalNameIs(field, "dataField") ? XmlAttrInt(field, "fld", -1) : -1;
       if (index < 0) continue;
@@ -249,7 +275,7 @@ class TXlsxPivotReader {
       ref.CustomName = XlsxText(XmlAttr(field, "name"));
       if (const int32_t format = XmlAttrInt(field, "numFmtId", -1); format >= 0) ref.NumberFormat = FormatCode(format);
       if (ref.NumberFormat.IsEmpty() && cache) ref.NumberFormat = cache->FieldNumberFormat(index);
-      ATable.AddField(std::move(ref));
+      AddField(std::move(ref), ATable);
     }
   }
 
@@ -268,6 +294,9 @@ class TXlsxPivotReader {
   const TXlsxPackage& FPackage;
   TWorkbook& FWorkbook;
   const TXlsxReport FReport;
+  std::map<int32_t, const TPivotCache*> FCacheById;
+  std::map<std::string, std::optional<TNamedSource>> FNamedSources;  // by name
+  std::set<std::u16string> FTableNames;                              // of the present sheet, in small letters
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +16,9 @@ class TXlsxPackage;
 
 /// The part in which pivots come back whole enough to be computed again.
 inline constexpr std::string_view kXlsxPivotsPart = "xl/tessarine/pivots.json";
+
+/// Fields of one pivot table. A sheet has no room for the output of more, and every one takes memory at a refresh.
+inline constexpr size_t kMaxXlsxPivotFields = 16'384;
 
 /// Reads the package's standard pivot caches and tables into the workbook, whose sheets and styles stand already.
 /// Tables and caches that are there keep their places. AReport may be null.

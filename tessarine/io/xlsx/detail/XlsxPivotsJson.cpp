@@ -25,6 +25,9 @@ namespace {
 
 // ---- reading
 
+/// Objects of the part, which make far more in memory than the shortest text that stands for one.
+constexpr size_t kMaxPivotObjects = 500'000;
+
 struct TSheetPivots {
   std::string Sheet;
   std::vector<std::unique_ptr<TPivotTable>> Tables;
@@ -71,6 +74,9 @@ class TPivotJsonReader {
     if (FJson.Event() != jeBeginArray) return FJson.Skip();
     while (FJson.Next() != jeEndArray) {
       if (FJson.Event() == jeBeginObject) {
+        if (++FObjects > kMaxPivotObjects)
+          throw ELimit(std::string(kXlsxPivotsPart) + ": more objects than the limit of " +
+                       std::to_string(kMaxPivotObjects));
         AObject();
       } else {
         FJson.Skip();
@@ -157,7 +163,12 @@ class TPivotJsonReader {
         const TCellRange range = TakeRange();
         dest = {range.StartCol, range.StartRow};
       } else if (AName == "fields") {
-        ForEachObject([&] { fields.push_back(ReadField()); });
+        ForEachObject([&] {
+          if (fields.size() >= kMaxXlsxPivotFields)
+            throw ELimit(std::string(kXlsxPivotsPart) + ": a pivot table has more fields than the limit of " +
+                         std::to_string(kMaxXlsxPivotFields));
+          fields.push_back(ReadField());
+        });
       } else {
         FJson.Skip();
       }
@@ -186,6 +197,7 @@ class TPivotJsonReader {
   }
 
   TJsonReader FJson;
+  size_t FObjects = 0;
 };
 
 /// Nothing for a part that is no JSON object.

@@ -15,7 +15,7 @@ namespace tessarine::detail {
 
 namespace {
 
-constexpr size_t kCellsPerPoll = 16384;
+constexpr size_t kCellsPerCut = 16384;
 
 }  // namespace
 
@@ -25,8 +25,16 @@ TXlsxSheetPlan TXlsxPlanWriter::Run(TWorksheet& ASheet, const TWorkControl& ACon
   TCellStore& store = ASheet.Store();
   const int32_t styleCount = FWorkbook.StyleSheet().Count();
   size_t visited = 0;
+  int32_t cutRow = kMaxRow + 1;  // a piece begins with the next row that is not above it
   store.ForEachByRow({1, 1, kMaxCol, kMaxRow}, [&](int32_t ACol, int32_t ARow, const TCellSlot& ASlot) {
-    if (++visited % kCellsPerPoll == 0) AControl.CheckStop();
+    if (ARow >= cutRow) {
+      FPlan.Cuts.push_back({ARow, visited, FPlan.Strings.size()});
+      cutRow = kMaxRow + 1;
+    }
+    if (++visited % kCellsPerCut == 0) {
+      AControl.CheckStop();
+      cutRow = ARow + 1;
+    }
     if (ASlot.HasExtras()) return VisitExtras(ACol, ARow, ASlot, *store.FindExtras(ACol, ARow));
     if (ASlot.StyleIndex < 0 || ASlot.StyleIndex >= styleCount)
       FHasStrayStyle = FHasStrayStyle || ASlot.StyleIndex != 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -22,11 +23,19 @@ struct TCellExtras;
 struct TCellSlot;
 struct TTextBlock;
 
+/// A row where the cells of a sheet may be parted, to be written in pieces.
+struct TXlsxRowCut {
+  int32_t Row = 0;
+  size_t Cells = 0;    // above the row
+  size_t Strings = 0;  // cells with text above the row
+};
+
 /// What one pass over a sheet's cells finds out before anything is written.
 struct TXlsxSheetPlan {
-  std::vector<int32_t> Strings;  // indexes into the string table of the cells with text, row by row
-  int64_t LostErrors = 0;        // constant errors
-  int64_t LostNumbers = 0;       // that are not finite
+  std::vector<int32_t> Strings;   // indexes into the string table of the cells with text, row by row
+  std::vector<TXlsxRowCut> Cuts;  // ascending, some 16,000 cells apart
+  int64_t LostErrors = 0;         // constant errors
+  int64_t LostNumbers = 0;        // that are not finite
   int64_t LostSparklines = 0;
 };
 

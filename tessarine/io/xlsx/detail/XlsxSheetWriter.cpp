@@ -8,10 +8,11 @@
 #include <tessarine/core/lists/SavedView.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
-#include <tessarine/io/xlsx/detail/XlsxCellWriter.h>
 #include <tessarine/io/xlsx/detail/XlsxMarkupWriter.h>
 #include <tessarine/io/xlsx/detail/XlsxPageWriter.h>
+#include <tessarine/io/xlsx/detail/XlsxPlanWriter.h>
 #include <tessarine/io/xlsx/detail/XlsxRelationshipsWriter.h>
+#include <tessarine/io/xlsx/detail/XlsxRowsWriter.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine::detail {
@@ -33,11 +34,7 @@ std::string TXlsxSheetWriter::Part(const std::function<void(double AFraction)>& 
   AppendViews();
   AppendFormat();
   AppendColumns();
-  {
-    TXlsxCellWriter cells(FSheet, {FOptions.Strings, FOptions.StyleCount, FOptions.IsLiteral});
-    cells.OnProgress = AProgress;
-    cells.Append(FOut);
-  }
+  AppendRows(AProgress);
   AppendXlsxAutoFilter(FSheet, FOptions.IsLiteral, FLosses, FOut);
   AppendXlsxMerges(FSheet.Merges(), FOptions.IsLiteral, FLosses, FOut);
   AppendXlsxValidations(FWorkbook, FSheet.Validations(), FOptions.IsLiteral, FLosses, FOut);
@@ -157,6 +154,15 @@ void TXlsxSheetWriter::AppendColumns() {
     FOut += "/>";
   }
   FOut += "</cols>";
+}
+
+void TXlsxSheetWriter::AppendRows(const std::function<void(double AFraction)>& AProgress) {
+  const std::vector<int32_t> marked = FSheet.Sizing().MarkedRows();
+  const TXlsxCellOptions options{.Strings = FOptions.Cells.Strings,
+                                 .MarkedRows = marked,
+                                 .StyleCount = FOptions.StyleCount,
+                                 .IsLiteral = FOptions.IsLiteral};
+  AppendXlsxRows(FSheet, options, FOptions.Cells.Cuts, AProgress, FOut);
 }
 
 void TXlsxSheetWriter::AppendTableParts() {

@@ -16,12 +16,13 @@ class TWorksheet;
 namespace tessarine::detail {
 
 class TXlsxSheetRelationships;
+struct TXlsxSheetPlan;
 
 /// What the part of a sheet needs beside the sheet.
 struct TXlsxSheetOptions {
   const TXlsxSheetRelationships& Relationships;
   const std::vector<TXlsxLink>& Links;
-  const std::vector<int32_t>& Strings;  // indexes of the sheet's texts, row by row
+  const TXlsxSheetPlan& Cells;
   int32_t StyleCount = 0;
   bool IsActive = false;
   bool IsLiteral = false;
@@ -47,6 +48,7 @@ class TXlsxSheetWriter {
   void AppendSelection();
   void AppendFormat();
   void AppendColumns();
+  void AppendRows(const std::function<void(double AFraction)>& AProgress);
   void AppendTableParts();
 
   const TWorkbook& FWorkbook;

@@ -6,12 +6,14 @@
 #include <tessarine/core/format/Theme.h>
 #include <tessarine/io/xlsx/detail/XlsxMarkupWriter.h>
 #include <tessarine/platform/Progress.h>
+#include <tessarine/platform/XmlText.h>
 
 namespace tessarine::detail {
 
 namespace {
 
 constexpr int32_t kItemsPerPoll = 8192;
+constexpr size_t kBytesPerItem = 48;  // about; once some are written, these tell
 
 /// A size with the fewest digits that read back to it.
 void AppendSize(float ASize, std::string& AOut) {
@@ -65,11 +67,26 @@ void AppendRunFont(const TRichStringRun& ARun, std::string& AOut) {
   AOut += "</rPr>";
 }
 
+/// `<t>text</t>` for a text without escapes and blanks at its ends, which is nearly every one: nothing in it asks for
+/// the attribute then. False, with AOut as it was, for any other.
+bool TryAppendPlainText(std::u16string_view AText, std::string& AOut) {
+  if (AText.starts_with(u' ') || AText.ends_with(u' ')) return false;
+  const size_t start = AOut.size();
+  AOut += "<t>";
+  if (!TryAppendPlain(AText, AOut)) {
+    AOut.resize(start);
+    return false;
+  }
+  AOut += "</t>";
+  return true;
+}
+
 void AppendStringText(std::u16string_view AText, std::string& AOut) {
+  if (TryAppendPlainText(AText, AOut)) return;
   AOut += "<t";
   AppendXlsxSpace(AText, AOut);
   AOut += '>';
-  AppendXlsxString(AText, AOut);
+  AppendXlsxText(AText, AOut);
   AOut += "</t>";
 }
 
@@ -121,13 +138,16 @@ std::vector<TRichStringRun> XlsxStringRuns(const TRichTextRuns& ARuns, const TCe
 
 std::string XlsxStringsPart(const TSharedStringTable& ATable, const TWorkControl& AControl) {
   std::string out(kXmlHead);
-  out.reserve(static_cast<size_t>(ATable.Count()) * 40 + 400);
   ((out += "<sst xmlns=\"") += kXlsxMainNamespace) += '"';
   AppendXlsxInt("count", ATable.Count(), out);
   AppendXlsxInt("uniqueCount", ATable.Count(), out);
   out += '>';
+  const auto count = static_cast<size_t>(ATable.Count());
   for (int32_t index = 0; index < ATable.Count(); ++index) {
-    if (index % kItemsPerPoll == 0) AControl.CheckStop();
+    if (index % kItemsPerPoll == 0) {
+      AControl.CheckStop();
+      ReserveForRest(static_cast<size_t>(index), count, out.size(), kBytesPerItem, out);
+    }
     AppendItem(ATable.GetItem(index), out);
   }
   out += "</sst>";

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <iterator>
 
 #include <tessarine/core/format/StyleSheet.h>
@@ -88,7 +89,7 @@ void AppendColor(std::string_view AName, const TColorRef& AColor, std::string& A
   (AOut += '<') += AName;
   if (AColor.IsThemeColor()) {
     AppendXlsxInt("theme", AColor.ThemeIndex, AOut);
-    if (AColor.Tint != 0) {
+    if (AColor.Tint != 0 && std::isfinite(AColor.Tint)) {
       AOut += " tint=\"";
       AppendShortDecimal(AColor.Tint, 4, AOut);
       AOut += '"';
@@ -108,7 +109,7 @@ void AppendFont(const TCellFontInfo& AFont, std::string& AOut) {
   if (AFont.Strikethrough) AOut += "<strike/>";
   if (AFont.Underline == usDouble) AOut += "<u val=\"double\"/>";
   if (AFont.Underline == usSingle) AOut += "<u/>";
-  if (AFont.Size != 0) {
+  if (AFont.Size != 0 && std::isfinite(AFont.Size)) {
     AOut += "<sz val=\"";
     AppendShortDecimal(static_cast<double>(AFont.Size), 2, AOut);
     AOut += "\"/>";

@@ -201,7 +201,7 @@ std::string TXlsxWorkbookWriter::SheetPart(int32_t AIndex, double ADoneCells, do
   TXlsxSheetWriter writer(FWorkbook, sheet,
                           {.Relationships = *plan.Relationships,
                            .Links = plan.Links,
-                           .Strings = plan.Cells.Strings,
+                           .Cells = plan.Cells,
                            .StyleCount = FWorkbook.StyleSheet().Count(),
                            .IsActive = AIndex == FWorkbook.ActiveSheetIndex(),
                            .IsLiteral = FOptions.Literal});
