@@ -1,20 +1,21 @@
 #include <tessarine/io/FileReport.h>
 
-#include <algorithm>
+#include <utility>
 
 namespace tessarine {
 
 void TFileReport::Add(std::string_view AFeature, TFileFate AFate, std::string_view AWhere, uint64_t ACount,
                       std::string_view ANote) {
   if (ACount == 0) return;
-  // From the end: what is met in runs stands there.
-  const auto found = std::find_if(FItems.rbegin(), FItems.rend(), [&](const TFileReportItem& AItem) {
-    return AItem.Fate == AFate && AItem.Feature == AFeature && AItem.Where == AWhere;
-  });
-  if (found != FItems.rend())
-    found->Count += ACount;
-  else
+  std::string key(AFeature);
+  key += '\0';
+  key += static_cast<char>('0' + static_cast<int>(AFate));
+  key += AWhere;
+  const auto [place, isNew] = FPlaces.try_emplace(std::move(key), FItems.size());
+  if (isNew)
     FItems.push_back({std::string(AFeature), AFate, std::string(AWhere), ACount, std::string(ANote)});
+  else
+    FItems[place->second].Count += ACount;
 }
 
 uint64_t TFileReport::CountOf(TFileFate AFate) const {

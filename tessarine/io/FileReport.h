@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include <tessarine/Export.h>
@@ -41,6 +43,7 @@ class TESSARINE_API TFileReport {
 
  private:
   std::vector<TFileReportItem> FItems;
+  std::unordered_map<std::string, size_t> FPlaces;  // of the items, by what makes one line of them
 };
 
 /// "kept", "rewritten", "dropped".

@@ -173,6 +173,7 @@ std::u16string TCsvIO::SanitizeFileNamePart(std::u16string_view AText) { return 
 
 void TCsvIO::ExportRange(const TWorkbook& AWorkbook, const TWorksheet* ASheet, IWriteStream& AStream,
                          const TCellRange& ARange, const TCsvExportOptions& AOptions) {
+  AOptions.Control.CheckStop();
   const TCellRange range = ARange.Normalize();
   const bool isValid =
       TCellAddress{range.StartCol, range.StartRow}.IsValid() && TCellAddress{range.EndCol, range.EndRow}.IsValid();
