@@ -1,5 +1,6 @@
-// Opens a workbook, calculates it, changes a cell and reads what its readers show now.
-//   example_calculate [FILE.xlsx]
+// Opens a workbook whose formulas have no results yet, calculates it, changes one number and lets what depends on it
+// follow.
+//   example_calculate [PATH OF subtotals.xlsx]
 
 #include <cstdio>
 
@@ -12,20 +13,20 @@ int main(int ACount, char** AArguments) {
     tessarine::TFormulaEvaluator evaluator(book);
     evaluator.RecalculateAll();
 
-    tessarine::TWorksheet& sheet = *book.GetSheet(0);
-    const auto show = [&](const char* ACell) {
-      const auto address = tessarine::TCellAddress::FromA1(tessarine::TText::FromUtf8(ACell));
-      std::printf("%s: %s\n", ACell, sheet.GetDisplayText(address, &book.StyleSheet()).ToUtf8().c_str());
+    const tessarine::TAuthoringSheet sheet = tessarine::TAuthoringWorkbook(book).UseSheet(0);
+    const auto print = [&] {
+      for (const char* cell : {"G3", "I3", "I7"})  // units, their price, the subtotal of the first person
+        std::printf("%s: %-8s", cell, sheet.GetCellRef(cell).DisplayText().ToUtf8().c_str());
+      std::printf("\n");
     };
-    const int32_t free = sheet.UsedMaxRow() + 1;
-    sheet.SetValue({1, free}, tessarine::TCellValue::FromNumber(20));
-    sheet.SetValue({2, free}, tessarine::TCellValue::FromFormula(
-                                  u"=SUM(A1:A" + tessarine::TCellAddress{1, free}.ToA1().substr(1) + u")"));
-    evaluator.NotifyCellChanged(0, 1, free);
-    evaluator.NotifyCellChanged(0, 2, free);
-    show("A1");
-    show(tessarine::TText(tessarine::TCellAddress{2, free}.ToA1()).ToUtf8().c_str());
-    return 0;
+    print();
+
+    // A write calculates nothing; the evaluator computes what reads the cell as soon as it is told of the change.
+    const tessarine::TSheetCellRef units = sheet.GetCellRef("G3");
+    units.SetValue(100);
+    evaluator.NotifyCellChanged(0, units.Address().Col, units.Address().Row);
+    print();
+    return sheet.GetCellRef("I7").Text() == u"488.12" ? 0 : 1;
   } catch (const tessarine::ETessarineError& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;

@@ -86,13 +86,21 @@ struct TValidationVerdict;
 // Undo
 class IUndoCommand;
 class TCellEditCommand;
+class TColResizeCommand;
 class TDrawingAddCommand;
 class TDrawingAnchorCommand;
 class TDrawingChartCommand;
 class TDrawingDeleteCommand;
 class TDrawingLegendCommand;
 class TDrawingTitleCommand;
+class TMergeCommand;
 class TMultiCellEditCommand;
+class TPivotFilterCommand;
+class TRowColMoveCommand;
+class TRowColShiftCommand;
+class TRowResizeCommand;
+class TSheetCommand;
+class TSlicerSelectionCommand;
 class TUndoManager;
 struct TCellSnapshot;
 struct TSheetSortKey;
@@ -107,8 +115,14 @@ struct TViewSettings;
 
 // The network
 class IHttpClient;
+class TTessarineHttp;
 struct THttpRequest;
 struct THttpResponse;
+
+// HTML and the clipboard
+class IClipboard;
+class TMemoryClipboard;
+struct TClipboardItem;
 struct THtmlPastedCell;
 
 // Providers of external data
@@ -117,6 +131,7 @@ class ITessarineImportRangeProvider;
 class ITessarineRtdProvider;
 class ITessarineStockHistoryProvider;
 class ITessarineTranslateProvider;
+class TYahooStockHistoryProvider;
 struct TProviderBlock;
 struct TStockHistoryBar;
 
@@ -152,12 +167,18 @@ struct TRtdTopicKey;
 
 // Files
 class TCsvIO;
+class TFileReport;
+class TOdsReader;
+class TOdsWriter;
 class TSharedStringTable;
 class TTsrIO;
 class TXlsxReader;
 class TXlsxWriter;
 struct TCsvExportOptions;
 struct TCsvImportOptions;
+struct TFileReportItem;
+struct TOdsReadOptions;
+struct TOdsWriteOptions;
 struct TRichStringRun;
 struct TSharedStringItem;
 struct TTsrReadOptions;

@@ -18,7 +18,9 @@
 #include <tessarine/core/format/NumberFormat.h>
 #include <tessarine/core/format/StyleSheet.h>
 #include <tessarine/core/format/Theme.h>
+#include <tessarine/core/html/Clipboard.h>
 #include <tessarine/core/html/Html.h>
+#include <tessarine/core/html/HtmlClipboard.h>
 #include <tessarine/core/html/HtmlRichText.h>
 #include <tessarine/core/html/HtmlTable.h>
 #include <tessarine/core/lists/AutoFilter.h>
@@ -75,6 +77,8 @@
 #include <tessarine/io/FileReport.h>
 #include <tessarine/io/csv/Csv.h>
 #include <tessarine/io/native/Native.h>
+#include <tessarine/io/ods/OdsReader.h>
+#include <tessarine/io/ods/OdsWriter.h>
 #include <tessarine/io/xlsx/SharedStrings.h>
 #include <tessarine/io/xlsx/XlsxReader.h>
 #include <tessarine/io/xlsx/XlsxWriter.h>

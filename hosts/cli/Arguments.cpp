@@ -138,7 +138,8 @@ void AddPivotOptions(CLI::App& AApp, TArguments& AArguments) {
   AddList(AApp, "--values", AArguments.Values, "Field to aggregate, as FIELD or FIELD:AGGREGATE (sum, count, ...)")
       ->required();
   AddList(AApp, "--filters", AArguments.Filters, "Field to filter by, as FIELD, or FIELD=ITEM for an item that stays");
-  AApp.add_option("--dest", AArguments.Dest, "Top left cell: B3, or Report!B3; a new sheet without it");
+  AApp.add_option("--dest", AArguments.Dest,
+                  "Top left cell: B3, or Report!B3, which may be a new sheet; a new sheet without it");
   AApp.add_option("--name", AArguments.Name, "Name of the pivot table");
   AApp.add_option("--layout", AArguments.Layout, "compact, outline or tabular (compact)");
   AApp.add_flag("--no-totals", AArguments.NoTotals, "No grand totals");
@@ -228,8 +229,7 @@ void AddOptions(CLI::App& AApp, TCommand ACommand, TArguments& AArguments) {
       AApp.add_option("A", AArguments.Input, kInputText)->required();
       AApp.add_option("B", AArguments.Other, "Workbook to compare it with")->required();
       AApp.add_flag("--json", AArguments.Json, "One JSON object a line");
-      AApp.add_option("--max", AArguments.Max, "The most differences to tell; the summary counts all")
-          ->check(CLI::NonNegativeNumber);
+      AApp.add_option("--max", AArguments.Max, "The most differences to tell, 0 for all; the summary counts all");
       AddNoRecalc(AApp, AArguments);
       AddAllowWeb(AApp, AArguments);
       AddFrom(AApp, AArguments);

@@ -117,6 +117,7 @@ void LoadWithResults(const TArguments& AArguments, const std::string& AFileName,
 int RunDiff(const TArguments& AArguments, TSession& ASession) {
   if (AArguments.Input == "-" && AArguments.Other == "-")
     throw ECli(ecUsage, "both workbooks cannot come from standard input; name a file for one");
+  if (AArguments.Max < 0) throw ECli(ecUsage, "--max takes a number of differences, or 0 for all");
   TSession other(ASession.Streams());
   LoadWithResults(AArguments, AArguments.Input, ASession);
   LoadWithResults(AArguments, AArguments.Other, other);

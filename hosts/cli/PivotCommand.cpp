@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include <hosts/cli/Arguments.h>
@@ -14,6 +15,7 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/features/pivot/PivotEngine.h>
+#include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine::cli {
@@ -48,13 +50,13 @@ std::string Words(const std::pair<std::u16string_view, TValue> (&ATable)[kCount]
   return words;
 }
 
-/// A sheet and what is meant on it: "Report!B3" or, on ASheetIndex, "B3". Quotes around the name go.
-std::pair<int32_t, std::string> SplitSheet(const TSession& ASession, const std::string& AText, int32_t ASheetIndex) {
+/// A sheet's name and what is meant on it: "Report!B3"; no name for "B3". Quotes around the name go.
+std::pair<std::string, std::string> SplitSheet(const std::string& AText) {
   const size_t mark = AText.rfind('!');
-  if (mark == AText.npos) return {ASheetIndex, AText};
+  if (mark == AText.npos) return {"", AText};
   std::string name = AText.substr(0, mark);
   if (name.size() >= 2 && name.front() == '\'' && name.back() == '\'') name = name.substr(1, name.size() - 2);
-  return {ASession.SheetIndexOf(name), AText.substr(mark + 1)};
+  return {std::move(name), AText.substr(mark + 1)};
 }
 
 struct TSource {
@@ -77,7 +79,8 @@ std::optional<TSource> FindTable(const TWorkbook& AWorkbook, const std::string& 
 
 TSource SourceOf(const TArguments& AArguments, const TSession& ASession, TWorkbook& AWorkbook) {
   if (const auto table = FindTable(AWorkbook, AArguments.Source)) return *table;
-  const auto [sheet, text] = SplitSheet(ASession, AArguments.Source, ASession.SheetIndex(AArguments));
+  const auto [name, text] = SplitSheet(AArguments.Source);
+  const int32_t sheet = name.empty() ? ASession.SheetIndex(AArguments) : ASession.SheetIndexOf(name);
   const TSource source{sheet, UsedPartOf(ParseRange(text), *AWorkbook.GetSheet(sheet))};
   if (source.Range.Height() < 2)
     throw ECli(ecUsage, AArguments.Source + ": the source needs a row of headers and rows of records below it");
@@ -138,6 +141,20 @@ TText FreePivotName(const TWorksheet& ASheet) {
   }
 }
 
+/// The sheet of a name or a number; a name that no sheet has makes one.
+int32_t SheetOrNew(TSession& ASession, const std::string& AName) {
+  TWorkbook& book = ASession.Workbook();
+  const std::u16string name = Utf8ToUtf16(AName);
+  int32_t number = 0;
+  if (book.FindSheetIndex(name) >= 0 || TryParseInt32(std::string_view(AName), number))
+    return ASession.SheetIndexOf(AName);
+  constexpr size_t kMostUnits = 31;
+  if (name.size() > kMostUnits || name.find_first_of(u"[]:*?/\\'") != name.npos)
+    throw ECli(ecUsage, "\"" + AName + "\" cannot name a new sheet; take at most 31 characters, none of []:*?/\\'");
+  book.AddSheet(name);
+  return book.SheetCount() - 1;
+}
+
 /// The sheet of the table and its place, below the filters that stand above it.
 std::pair<int32_t, TCellAddress> PlaceOf(const TArguments& AArguments, TSession& ASession, const TSource& ASource,
                                          size_t AFilterCount) {
@@ -146,8 +163,9 @@ std::pair<int32_t, TCellAddress> PlaceOf(const TArguments& AArguments, TSession&
     ASession.Workbook().AddSheet(FreeSheetName(ASession.Workbook()));
     return {ASession.Workbook().SheetCount() - 1, TCellAddress{1, firstRow}};
   }
-  const auto [sheet, text] = SplitSheet(ASession, AArguments.Dest, ASource.SheetIndex);
+  const auto [name, text] = SplitSheet(AArguments.Dest);
   const TCellAddress place = ParseCell(text);
+  const int32_t sheet = name.empty() ? ASource.SheetIndex : SheetOrNew(ASession, name);
   if (place.Row < firstRow)
     throw ECli(ecUsage, AArguments.Dest + ": the filters stand above the table; take row " + std::to_string(firstRow) +
                             " or one below it");

@@ -39,6 +39,16 @@ TEST(CliSheetCommands, RowsAndPivotsComeOutAsAsked) {
        "Sum of Amount,Column Labels,,\nRow Labels,2023,2024,Grand Total\nNorth,10,5,15\nSouth,20,0,20\nEast,0,7,7\n"
        "Grand Total,30,12,42\n"},
   };
+  const struct {
+    const char* Dest;
+    const char* Out;
+  } places[] = {{"E1", "Region,Year,Amount,,Row Labels,Sum of Amount\n"},
+                {"'By year'!B2", ",,\n,Row Labels,Sum of Amount\n"}};
+  for (const auto& row : places) {
+    const TCliResult result =
+        RunOnSales({"pivot", "--source", "A1:C5", "--rows", "Year", "--values", "Amount", "--dest", row.Dest});
+    EXPECT_EQ(result.Out.find(row.Out), 0U) << row.Dest << result.Messages << result.Out;
+  }
   for (const auto& row : cases) {
     const TCliResult result = RunOnSales(row.Args);
     EXPECT_EQ(result.Code, 0) << result.Messages;
@@ -68,6 +78,8 @@ TEST(CliSheetCommands, FailuresSayWhatToDo) {
       {{"pivot", "--source", "A1:C5", "--values", "Amount", "--dest", "B2"}, "overwrite its own source"},
       {{"pivot", "--source", "B1:C5", "--rows", "Year", "--values", "Amount", "--dest", "A1"}, "it takes A1:B4"},
       {{"pivot", "--source", "A1:C5", "--values", "Amount", "--filters", "Year", "--dest", "E2"}, "take row 3"},
+      {{"pivot", "--source", "A1:C5", "--values", "Amount", "--dest", "a/b!B2"}, "\"a/b\" cannot name a new sheet"},
+      {{"pivot", "--source", "A1:C5", "--values", "Amount", "--dest", "2!B2"}, "the sheets are: Sheet1"},
       {{"pivot", "--source", "A1:C5", "--values", "Amount", "--layout", "wide"}, "compact, outline, tabular"},
   };
   for (const auto& row : cases) {

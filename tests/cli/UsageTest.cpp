@@ -63,6 +63,7 @@ TEST(CliUsage, EveryClassOfFailureHasItsCodeAndItsMessage) {
       {{"convert", path("ok.csv"), path("out.pdf")}, 2, "add --to with "},
       {{"convert", path("ok.csv"), path("out.csv"), "--delimiter", "ab"}, 2, "give one character"},
       {{"recalc", path("ok.csv")}, 2, "--output"},
+      {{"diff", path("ok.csv"), path("ok.csv"), "--max", "-1"}, 2, "0 for all"},
       {{"show", path("missing.xlsx")}, 3, "missing.xlsx: there is no such file"},
       {{"info", folder.Path("")}, 3, "this is a folder"},
       {{"info", path("cut.xlsx")}, 3, "cut.xlsx: "},

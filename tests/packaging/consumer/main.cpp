@@ -10,6 +10,8 @@ int main() {
   tessarine::TFormulaEvaluator evaluator(book);
   evaluator.RecalculateAll();
   const std::string shown = sheet.GetDisplayText({2, 1}, &book.StyleSheet()).ToUtf8();
+  tessarine::TMemoryWriteStream document;
+  tessarine::TOdsWriter::SaveToStream(book, document);
   std::printf("tessarine %s: %s\n", std::string(tessarine::Version()).c_str(), shown.c_str());
-  return shown == "23.4 in all" ? 0 : 1;
+  return shown == "23.4 in all" && !document.Bytes().empty() ? 0 : 1;
 }
