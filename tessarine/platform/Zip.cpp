@@ -10,17 +10,15 @@
 
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/detail/MessageText.h>
+#include <tessarine/platform/detail/ZipFormat.h>
 #include <tessarine/platform/detail/ZipNames.h>
 
 namespace tessarine {
 namespace {
 
-// Signatures and sizes of fixed parts: PKWARE APPNOTE.TXT 6.3.10, section 4.3.
-constexpr uint32_t kLocalHeader = 0x04034b50;
-constexpr uint32_t kDirectoryHeader = 0x02014b50;
-constexpr uint32_t kEndRecord = 0x06054b50;
-constexpr uint32_t kZip64EndRecord = 0x06064b50;
-constexpr uint32_t kZip64Locator = 0x07064b50;
+using namespace zip;
+
+// Sizes of fixed parts and flags: PKWARE APPNOTE.TXT 6.3.10, section 4.3.
 constexpr size_t kLocalHeaderSize = 30;
 constexpr size_t kDirectoryHeaderSize = 46;
 constexpr size_t kEndRecordSize = 22;
@@ -30,9 +28,6 @@ constexpr size_t kMaxCommentSize = 0xffff;
 
 constexpr uint16_t kFlagEncrypted = 1 << 0;
 constexpr uint16_t kFlagStrongEncryption = 1 << 6;
-constexpr uint16_t kStored = 0;
-constexpr uint16_t kDeflated = 8;
-constexpr uint16_t kZip64ExtraId = 1;
 
 /// No deflate stream gives more: 258 bytes for two bits.
 constexpr uint64_t kMostInflatedPerByte = 1032;

@@ -11,23 +11,17 @@
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Files.h>
 #include <tessarine/platform/detail/MessageText.h>
+#include <tessarine/platform/detail/ZipFormat.h>
 
 namespace tessarine {
 
 namespace {
 
-// Signatures and fields: PKWARE APPNOTE.TXT 6.3.10, section 4.3.
-constexpr uint32_t kLocalHeader = 0x04034b50;
-constexpr uint32_t kDirectoryHeader = 0x02014b50;
-constexpr uint32_t kEndRecord = 0x06054b50;
-constexpr uint32_t kZip64EndRecord = 0x06064b50;
-constexpr uint32_t kZip64Locator = 0x07064b50;
+using namespace zip;
+
 constexpr uint16_t kVersion = 20;
 constexpr uint16_t kVersionZip64 = 45;
 constexpr uint16_t kUtf8Names = 1 << 11;
-constexpr uint16_t kStored = 0;
-constexpr uint16_t kDeflated = 8;
-constexpr uint16_t kZip64ExtraId = 1;
 constexpr uint32_t kIn64Bits = 0xffffffffu;
 constexpr size_t kMaxNameSize = 0xffff;
 

@@ -9,6 +9,7 @@
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
 #include <tessarine/formula/FunctionTable.h>
+#include <tessarine/io/detail/PlainAddress.h>
 #include <tessarine/io/xlsx/SharedStrings.h>
 #include <tessarine/io/xlsx/detail/XlsxBudget.h>
 #include <tessarine/io/xlsx/detail/XlsxCommon.h>
@@ -21,22 +22,6 @@ namespace {
 
 constexpr uint64_t BlockKey(int32_t ACol, int32_t ARow) {
   return uint64_t{static_cast<uint32_t>(ACol)} << 32 | static_cast<uint32_t>(ARow);
-}
-
-/// Reads "C7" in capital letters without anything else. Fails for all other texts, which FromA1 may still understand.
-bool TryReadPlainAddress(std::string_view AText, TCellAddress& AAddress) {
-  size_t at = 0;
-  int32_t col = 0;
-  for (; at < AText.size() && at < 3 && AText[at] >= 'A' && AText[at] <= 'Z'; ++at)
-    col = col * 26 + (AText[at] - 'A' + 1);
-  if (at == 0 || AText.size() - at > 7) return false;
-  int32_t row = 0;
-  for (const char digit : AText.substr(at)) {
-    if (digit < '0' || digit > '9') return false;
-    row = row * 10 + (digit - '0');
-  }
-  AAddress = {col, row};
-  return AAddress.IsValid();
 }
 
 /// An index into the string table: junk counts as 0, a number too large for an index stays too large.
