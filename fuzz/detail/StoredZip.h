@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -70,5 +71,24 @@ class TStoredZip {
   std::string FDirectory;
   uint64_t FCount = 0;
 };
+
+/// An input is a package as it stands, or a text that a package is made of: each part begins with a line "=== NAME".
+inline std::vector<std::byte> PackageOf(std::string_view AInput) {
+  constexpr std::string_view kMark = "=== ";
+  if (!AInput.starts_with(kMark)) {
+    const auto* const start = reinterpret_cast<const std::byte*>(AInput.data());
+    return {start, start + AInput.size()};
+  }
+  TStoredZip zip;
+  while (!AInput.empty()) {
+    const size_t end = std::min(AInput.find("\n=== ", 1), AInput.size());
+    const std::string_view part = AInput.substr(kMark.size(), end - kMark.size());
+    AInput.remove_prefix(std::min(end + 1, AInput.size()));
+    const size_t line = std::min(part.find('\n'), part.size());
+    if (line < 0x10000) zip.Add(part.substr(0, line), part.substr(std::min(line + 1, part.size())));
+    if (AInput.size() < kMark.size()) break;
+  }
+  return zip.Finish();
+}
 
 }  // namespace tessarine::fuzz
