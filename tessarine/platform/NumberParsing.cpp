@@ -106,6 +106,21 @@ bool IsBelowOne(std::string_view ANumber) {
   return static_cast<int64_t>(point) - static_cast<int64_t>(first) + exponent <= 0;
 }
 
+/// Converts digits with an optional point and exponent; false beyond the range of a double, 0 below it.
+bool ConvertAscii(std::string_view ANumber, bool ANegative, double& AResult) {
+  double value = 0;
+  const auto result = std::from_chars(ANumber.data(), ANumber.data() + ANumber.size(), value);
+  if (result.ec == std::errc::result_out_of_range) {
+    if (!IsBelowOne(ANumber)) return false;
+    value = 0;
+  } else if (result.ec != std::errc() || result.ptr != ANumber.data() + ANumber.size()) {
+    return false;
+  }
+  if (!(value <= std::numeric_limits<double>::max())) return false;
+  AResult = ANegative ? -value : value;
+  return true;
+}
+
 template <typename TUnit>
 bool ParsePlain(TView<TUnit> AText, TUnit ASeparator, double& AResult) {
   const TView<TUnit> text = TrimBlanks(AText);
@@ -114,18 +129,23 @@ bool ParsePlain(TView<TUnit> AText, TUnit ASeparator, double& AResult) {
   if (at == text.size() || (!IsDigit(text[at]) && text[at] != ASeparator)) return false;
   TAsciiNumber number(text.size());
   if (!ReadMantissa(text, ASeparator, at, number) || !ReadExponent(text, at, number) || at != text.size()) return false;
-  const std::string_view ascii = number.View();
-  double value = 0;
-  const auto result = std::from_chars(ascii.data(), ascii.data() + ascii.size(), value);
-  if (result.ec == std::errc::result_out_of_range) {
-    if (!IsBelowOne(ascii)) return false;
-    value = 0;
-  } else if (result.ec != std::errc() || result.ptr != ascii.data() + ascii.size()) {
-    return false;
+  return ConvertAscii(number.View(), negative, AResult);
+}
+
+/// Converts in place what files mostly hold beyond the short numbers: digits with at most one point. False for anything
+/// else, numbers among it.
+bool TryParseDigits(std::string_view AText, double& AResult) {
+  size_t at = 0;
+  const bool negative = ReadSign(AText, at);
+  const std::string_view number = AText.substr(at);
+  size_t points = 0;
+  for (const char unit : number) {
+    if (unit == '.')
+      ++points;
+    else if (!IsDigit(unit))
+      return false;
   }
-  if (!(value <= std::numeric_limits<double>::max())) return false;
-  AResult = negative ? -value : value;
-  return true;
+  return points <= 1 && number.size() > points && ConvertAscii(number, negative, AResult);
 }
 
 /// Reads sign, digits and separator with at most 15 digits; false for anything else, numbers among it. The digits as an
@@ -187,7 +207,9 @@ bool TryStrToFloatPlain(std::u16string_view AText, char16_t ADecimalSeparator, d
 }
 
 bool TryParseFileNumber(std::u16string_view AText, double& AResult) { return Parse(AText, u'.', AResult); }
-bool TryParseFileNumber(std::string_view AText, double& AResult) { return Parse(AText, '.', AResult); }
+bool TryParseFileNumber(std::string_view AText, double& AResult) {
+  return TryParseShort(AText, '.', AResult) || TryParseDigits(AText, AResult) || ParsePlain(AText, '.', AResult);
+}
 
 bool TryParseInt32(std::u16string_view AText, int32_t& AResult) { return ParseInt32(AText, AResult); }
 bool TryParseInt32(std::string_view AText, int32_t& AResult) { return ParseInt32(AText, AResult); }

@@ -542,7 +542,7 @@ bool TXmlReader::TryReadStartTag(std::string_view AName) {
     const uint32_t bit = 1u << (letter - 'a');
     const char* const value = at + 4;
     const char* stop = value;
-    while (stop != end && !StopsXmlValue(*stop, '"')) ++stop;
+    while (stop != end && !IsXml(*stop, xcValueStop)) ++stop;
     if ((letters & bit) != 0 || stop == end || *stop != '"') return false;
     letters |= bit;
     if (FAttributes.size() == FLimits.MaxXmlAttributes) return false;

@@ -13,17 +13,19 @@ namespace tessarine {
 
 // The inner loops of the XML reader. Each fast form stands beside a plain one that defines its result.
 
-enum TXmlCharClass : uint8_t { xcNameStart = 1, xcName = 2, xcBlank = 4 };
+enum TXmlCharClass : uint8_t { xcNameStart = 1, xcName = 2, xcBlank = 4, xcValueStop = 8 };
 
-/// Classes of a byte of UTF-8. Any non-ASCII character may stand in a name.
+/// Classes of a byte of UTF-8. Any non-ASCII character may stand in a name; a value in double quotes is plain up to the
+/// first byte of xcValueStop.
 inline constexpr auto kXmlCharClasses = [] {
   std::array<uint8_t, 256> classes{};
   for (size_t i = 0; i < 256; ++i) {
     const bool isLetter = (i >= 'a' && i <= 'z') || (i >= 'A' && i <= 'Z') || i == '_' || i == ':' || i >= 0x80;
     const bool isOther = (i >= '0' && i <= '9') || i == '-' || i == '.';
     const bool isBlank = i == ' ' || i == '\t' || i == '\n' || i == '\r';
-    classes[i] =
-        static_cast<uint8_t>((isLetter ? xcNameStart | xcName : 0) | (isOther ? xcName : 0) | (isBlank ? xcBlank : 0));
+    const bool isStop = i == '"' || i == '<' || i == '&' || i < 0x20;
+    classes[i] = static_cast<uint8_t>((isLetter ? xcNameStart | xcName : 0) | (isOther ? xcName : 0) |
+                                      (isBlank ? xcBlank : 0) | (isStop ? xcValueStop : 0));
   }
   return classes;
 }();
