@@ -57,8 +57,8 @@ void TXlsxCellReader::ReadCell() {
   }
   FHasValue = FHasFormula = FHasInline = false;
   for (;;) {
-    if (TryReadLeafChild()) continue;
     if (FReader.TryReadEndTag()) break;
+    if (TryReadLeafChild()) continue;
     const TXmlEvent event = FReader.Next();
     if (event == xeStartElement) ReadChild();
     if (event == xeEndElement || event == xeEnd) break;
@@ -113,6 +113,7 @@ bool TXlsxCellReader::TryReadAttributes() {
 
 void TXlsxCellReader::SetType(std::string_view AType) {
   FType = TCellType::ctOther;
+  if (AType.empty()) return;
   if (AType == "s") FType = TCellType::ctSharedString;
   if (AType == "b") FType = TCellType::ctBoolean;
   if (AType == "str") FType = TCellType::ctText;
