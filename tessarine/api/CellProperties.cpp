@@ -1,12 +1,21 @@
 #include <tessarine/api/CellProperties.h>
 
+#include <string>
+
 #include <tessarine/api/SheetCell.h>
 #include <tessarine/api/SheetRange.h>
 #include <tessarine/api/detail/CellEdits.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/platform/Errors.h>
 
 namespace tessarine {
+
+namespace {
+
+constexpr float kMaxFontSize = 409;  // what spreadsheet programs take from a file
+
+}  // namespace
 
 template <class TSelf>
 TSelf TCellProperties<TSelf>::Edit(const TCellEdit& AEdit) const {
@@ -95,6 +104,7 @@ TSelf TCellProperties<TSelf>::SetFontName(TTextArg AName) const {
 
 template <class TSelf>
 TSelf TCellProperties<TSelf>::SetFontSize(float ASizePt) const {
+  if (!(ASizePt >= 1 && ASizePt <= kMaxFontSize)) throw EArgument("Invalid size: " + std::to_string(ASizePt));
   return EditFormat([=](TCellFormat& AFormat) { AFormat.Font.Size = ASizePt; });
 }
 

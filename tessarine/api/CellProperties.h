@@ -27,7 +27,7 @@ class TCellProperties {
   /// What formulas see: the result of a formula, what spills over an empty cell, else the content itself. An error is
   /// its text; a formula without a result is empty.
   TSheetValue Value() const;
-  /// Runs of rich text and a result go, format and style stay.
+  /// Runs of rich text and a result go, format and style stay. A number that is not finite becomes #NUM!.
   TSelf SetValue(const TSheetValue& AValue) const;
   /// The source with its "="; empty for a cell that holds no formula.
   TText Formula() const;
@@ -54,6 +54,7 @@ class TCellProperties {
   TSelf SetFontName(TTextArg AName) const;
   /// Points.
   float FontSize() const { return Format().Font.Size; }
+  /// From 1 to 409, as spreadsheet files hold it; throws EArgument for any other.
   TSelf SetFontSize(float ASizePt) const;
   bool FontBold() const { return Format().Font.Bold; }
   TSelf SetFontBold(bool AValue) const;

@@ -1,5 +1,7 @@
 #include <tessarine/formula/Evaluator.h>
 
+#include <optional>
+
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/formula/DependencyGraph.h>
@@ -40,7 +42,10 @@ TCellValue TFormulaEvaluator::Evaluate(TTextArg AFormula, int32_t ASheetIndex) {
   return value;
 }
 
-TFormulaArg TFormulaEvaluator::EvaluateAt(TTextArg AFormula, int32_t ASheetIndex, int32_t ACol, int32_t ARow) {
+TFormulaArg TFormulaEvaluator::EvaluateAt(TTextArg AFormula, int32_t ASheetIndex, int32_t ACol, int32_t ARow,
+                                          const TWorkControl& AControl) {
+  std::optional<detail::TControlScope> scope;  // without a token of its own it stops with the work around it
+  if (AControl.Stop.stop_possible()) scope.emplace(FState->Interpreter, AControl);
   TFormulaArg value = FState->Interpreter.EvaluateTextAt(AFormula.View(), ASheetIndex, ACol, ARow);
   FState->DeliverRtd();
   return value;

@@ -22,7 +22,7 @@ struct TEvaluationOptions;
 
 /// Evaluates the formulas of one workbook and keeps their dependencies. The host creates it on the workbook and calls
 /// NotifyCellChanged after each edit; nothing is recalculated by itself. Results stand in the cells.
-/// Failures are values (#DIV/0!); only a cancelled recalculation throws.
+/// Failures are values (#DIV/0!); only work that was cancelled throws.
 class TESSARINE_API TFormulaEvaluator {
  public:
   /// AWorkbook outlives the evaluator. The graph is empty at first: after loading call RecalculateAll, or
@@ -36,8 +36,10 @@ class TESSARINE_API TFormulaEvaluator {
   /// Stores nothing of its own, but cells without a result that it reads are evaluated and keep theirs.
   TCellValue Evaluate(TTextArg AFormula, int32_t ASheetIndex = -1);
 
-  /// What the text would yield as the formula of a cell, a rectangle where it would spill.
-  TFormulaArg EvaluateAt(TTextArg AFormula, int32_t ASheetIndex, int32_t ACol, int32_t ARow);
+  /// What the text would yield as the formula of a cell, a rectangle where it would spill. With a stop token in
+  /// AControl the call may throw ECancelled; cells that it has evaluated on the way keep their results.
+  TFormulaArg EvaluateAt(TTextArg AFormula, int32_t ASheetIndex, int32_t ACol, int32_t ARow,
+                         const TWorkControl& AControl = {});
 
   /// Evaluates a formula cell anew and answers its result; any other cell's stored value. #REF! for no such sheet.
   TCellValue EvaluateCell(int32_t ASheetIndex, int32_t ACol, int32_t ARow);

@@ -109,8 +109,8 @@ bool TRowColSizing::IsColHidden(int32_t ACol) const { return FCols->IsHidden(ACo
 bool TRowColSizing::IsRowHidden(int32_t ARow) const { return FRows->IsHidden(ARow); }
 int32_t TRowColSizing::LastSpecialCol() const { return FCols->LastSpecialLine(); }
 int32_t TRowColSizing::LastSpecialRow() const { return FRows->LastSpecialLine(); }
-std::vector<int32_t> TRowColSizing::MarkedCols() const { return FCols->MarkedLines(); }
-std::vector<int32_t> TRowColSizing::MarkedRows() const { return FRows->MarkedLines(); }
+std::vector<int32_t> TRowColSizing::MarkedCols(bool AAnywhere) const { return FCols->MarkedLines(AAnywhere); }
+std::vector<int32_t> TRowColSizing::MarkedRows(bool AAnywhere) const { return FRows->MarkedLines(AAnywhere); }
 
 int32_t TRowColSizing::OutlineLevelPitch(int32_t ADpi) { return std::max(detail::RoundToPixels(ADpi * 18.0 / 96), 1); }
 

@@ -95,9 +95,10 @@ class TESSARINE_API TRowColSizing {
   /// The last line that has a custom size or is hidden; 0 when there is none.
   int32_t LastSpecialCol() const;
   int32_t LastSpecialRow() const;
-  /// The lines of the sheet with a custom size, hidden, with an outline level or collapsed, ascending.
-  std::vector<int32_t> MarkedCols() const;
-  std::vector<int32_t> MarkedRows() const;
+  /// The lines of the sheet with a custom size, hidden, with an outline level or collapsed, ascending. With AAnywhere
+  /// also those beyond it, which insertions push there and deletions bring back.
+  std::vector<int32_t> MarkedCols(bool AAnywhere = false) const;
+  std::vector<int32_t> MarkedRows(bool AAnywhere = false) const;
 
   // Outline. Levels are 0 (none) to 7.
   bool OutlineSummaryBelow() const;

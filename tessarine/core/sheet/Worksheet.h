@@ -105,8 +105,8 @@ class TESSARINE_API TWorksheet {
   static std::u16string CellKey(TCellAddress AAddress) { return AAddress.ToKey(); }
 
   // ---- writing
-  /// Stores ACell whole: an invalid address is ignored, an empty cell frees its place. Raises the used bounds, also
-  /// for a cell that frees its place, and fires the change event with the old and the new cell.
+  /// Stores ACell whole, a number that is not finite as #NUM!: an invalid address is ignored, an empty cell frees its
+  /// place. Raises the used bounds in any case, and fires the change event with the old and the new cell.
   void SetCell(TCellAddress AAddress, const TCell& ACell);
 
   /// SetCell with an empty cell: value and format go.

@@ -6,6 +6,7 @@
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/core/sheet/detail/CellStore.h>
 #include <tessarine/core/undo/detail/CellBatch.h>
 
 namespace tessarine {
@@ -22,6 +23,16 @@ detail::TCellBatch BatchOf(const std::vector<TCellSnapshot>& ACells) {
 }  // namespace
 
 TWorksheet* TSheetCommand::Sheet() const { return FWorkbook.GetSheet(FSheetIndex); }
+
+void TSheetCommand::MarkModified() {
+  NoteChange();
+  FWorkbook.MarkModified();
+}
+
+uint64_t TSheetCommand::ChangeStamp() const {
+  const TWorksheet* const sheet = Sheet();
+  return FChanges + (sheet ? sheet->Store().Version() : 0);
+}
 
 TCellEditCommand::TCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, TCellAddress AAddress, TCell AOldCell,
                                    TCell ANewCell)
@@ -73,7 +84,7 @@ void TMergeCommand::Apply(bool AMerge) {
   } else {
     sheet->UnmergeAt(FRange.StartCol, FRange.StartRow);
   }
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TText TMergeCommand::Description() const { return FMerging ? u"Merge cells" : u"Unmerge cells"; }
@@ -94,7 +105,7 @@ void TColResizeCommand::Apply(const std::vector<double>& AWidths) {
   if (!sheet) return;
   const size_t count = std::min(FCols.size(), AWidths.size());
   for (size_t i = 0; i < count; ++i) sheet->Sizing().SetColWidthChars(FCols[i], AWidths[i]);
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TText TColResizeCommand::Description() const { return FCols.size() >= 2 ? u"Resize columns" : u"Resize column"; }
@@ -107,7 +118,7 @@ void TRowResizeCommand::Apply(double AHeight) {
   TWorksheet* sheet = Sheet();
   if (!sheet) return;
   sheet->Sizing().SetRowHeightPt(FRow, AHeight);
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TText TRowResizeCommand::Description() const { return u"Resize row"; }

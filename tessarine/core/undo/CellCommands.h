@@ -27,6 +27,9 @@ struct TCellSnapshot {
 /// What the commands for one sheet share. They know the sheet by its index and do nothing once that is out of range.
 /// Those that change no cells mark the workbook modified themselves. The workbook outlives its commands.
 class TESSARINE_API TSheetCommand : public IUndoCommand {
+ public:
+  uint64_t ChangeStamp() const final;
+
  protected:
   TSheetCommand(TWorkbook& AWorkbook, int32_t ASheetIndex) : FWorkbook(AWorkbook), FSheetIndex(ASheetIndex) {}
 
@@ -34,10 +37,14 @@ class TESSARINE_API TSheetCommand : public IUndoCommand {
   int32_t SheetIndex() const { return FSheetIndex; }
   /// Null for an index out of range.
   TWorksheet* Sheet() const;
+  /// To be called with a change of something else than the sheet's cells, which the stamp cannot see.
+  void NoteChange() { ++FChanges; }
+  void MarkModified();
 
  private:
   TWorkbook& FWorkbook;
   int32_t FSheetIndex;
+  uint64_t FChanges = 0;
 };
 
 /// One cell with its old and new content.

@@ -29,7 +29,7 @@ void TDrawingAnchorCommand::Apply(const TDrawingAnchor& AAnchor) {
   TSheetDrawing* drawing = Drawing();
   if (!drawing) return;
   drawing->Anchor = AAnchor;
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TDrawingDeleteCommand::TDrawingDeleteCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, int32_t ADrawingIndex)
@@ -40,14 +40,14 @@ TDrawingDeleteCommand::~TDrawingDeleteCommand() = default;
 void TDrawingDeleteCommand::Execute() {
   if (FDrawing || !Drawing()) return;
   FDrawing = Drawings()->Extract(FDrawingIndex);
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 void TDrawingDeleteCommand::Undo() {
   TSheetDrawingList* drawings = Drawings();
   if (!drawings || !FDrawing) return;
   drawings->Insert(FDrawingIndex, std::move(FDrawing));
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TDrawingAddCommand::TDrawingAddCommand(TWorkbook& AWorkbook, int32_t ASheetIndex,
@@ -61,7 +61,7 @@ void TDrawingAddCommand::Execute() {
   if (!drawings || !FDrawing) return;
   if (FDrawingIndex < 0) FDrawingIndex = drawings->Count();
   drawings->Insert(FDrawingIndex, std::move(FDrawing));
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 void TDrawingAddCommand::Undo() {
@@ -71,7 +71,7 @@ void TDrawingAddCommand::Undo() {
   if (index < 0) return;
   FDrawingIndex = index;
   FDrawing = drawings->Extract(index);
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TDrawingTitleCommand::TDrawingTitleCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, int32_t ADrawingIndex,
@@ -87,7 +87,7 @@ void TDrawingTitleCommand::Apply(const TText& ATitle, const TText& AName) {
   if (!drawing) return;
   drawing->Title = ATitle;
   drawing->Name = AName;
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TDrawingLegendCommand::TDrawingLegendCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, int32_t ADrawingIndex,
@@ -104,7 +104,7 @@ void TDrawingLegendCommand::Apply(TSheetChartLegendPos APos, bool AShow) {
   if (!drawing) return;
   drawing->LegendPos = APos;
   drawing->ShowLegend = AShow;
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 }  // namespace tessarine

@@ -109,12 +109,16 @@ void TStructureCommand::Execute() {
   const TWorksheet* const sheet = Sheet();
   if (!sheet) return;
   if (!FSnapshot) Capture(*sheet);
+  if (FIsHalfUndone) Undo();
+  NoteChange();
   Edit();
 }
 
 void TStructureCommand::Undo() {
   TWorksheet* const sheet = Sheet();
   if (!FSnapshot || !sheet) return;
+  FIsHalfUndone = true;
+  NoteChange();
   RestoreCells(*sheet);
   RestoreLists(*sheet);
   RestoreFormulas();
@@ -125,6 +129,7 @@ void TStructureCommand::Undo() {
   for (const TDataValidationRule& rule : snapshot.Rules) sheet->Validations().AddRule(rule);
   sheet->AutoFilter().RestoreState(snapshot.Filter);
   sheet->AutoFilter().SyncToTables(sheet->Tables());
+  FIsHalfUndone = false;
 }
 
 void TStructureCommand::Capture(const TWorksheet& ASheet) {

@@ -40,6 +40,7 @@ class TESSARINE_API TStructureCommand : public TSheetCommand {
   void RestoreFormulas() const;
 
   std::unique_ptr<const TSnapshot> FSnapshot;  // null before the first execution
+  bool FIsHalfUndone = false;                  // an exception left Undo
 };
 
 /// Inserting or deleting rows or columns.

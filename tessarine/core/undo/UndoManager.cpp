@@ -1,5 +1,6 @@
 #include <tessarine/core/undo/UndoManager.h>
 
+#include <iterator>
 #include <utility>
 
 namespace tessarine {
@@ -10,30 +11,39 @@ void TUndoManager::FireChanged() {
 
 void TUndoManager::ExecuteCommand(std::shared_ptr<IUndoCommand> ACommand) {
   if (!ACommand) return;
-  ACommand->Execute();
+  TSteps step{std::move(ACommand)};
+  step.back()->Execute();
   if (!FEnabled) return;
-  FUndoStack.push_back(std::move(ACommand));
+  FUndoStack.splice(FUndoStack.end(), step);
   FRedoStack.clear();
   while (!FUndoStack.empty() && static_cast<int64_t>(FUndoStack.size()) > FMaxLevels) FUndoStack.pop_front();
   FireChanged();
 }
 
-void TUndoManager::Undo() {
-  if (!CanUndo()) return;
-  const std::shared_ptr<IUndoCommand> command = std::move(FUndoStack.back());
-  FUndoStack.pop_back();
-  command->Undo();
-  FRedoStack.push_back(command);
+void TUndoManager::TakeStep(TSteps& AFrom, TSteps& ATo, void (IUndoCommand::*AAct)()) {
+  TSteps step;  // off the stacks while it runs: a handler may use them
+  step.splice(step.end(), AFrom, std::prev(AFrom.end()));
+  IUndoCommand& command = *step.back();
+  const uint64_t before = command.ChangeStamp();
+  try {
+    (command.*AAct)();
+  } catch (...) {
+    const bool hasChanged = command.ChangeStamp() != before;
+    TSteps& stack = hasChanged ? ATo : AFrom;
+    stack.splice(stack.end(), step);
+    if (hasChanged) FireChanged();
+    throw;
+  }
+  ATo.splice(ATo.end(), step);
   FireChanged();
 }
 
+void TUndoManager::Undo() {
+  if (CanUndo()) TakeStep(FUndoStack, FRedoStack, &IUndoCommand::Undo);
+}
+
 void TUndoManager::Redo() {
-  if (!CanRedo()) return;
-  const std::shared_ptr<IUndoCommand> command = std::move(FRedoStack.back());
-  FRedoStack.pop_back();
-  command->Execute();
-  FUndoStack.push_back(command);
-  FireChanged();
+  if (CanRedo()) TakeStep(FRedoStack, FUndoStack, &IUndoCommand::Execute);
 }
 
 void TUndoManager::Clear() {

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 
 #include <tessarine/Export.h>
@@ -21,6 +21,9 @@ class TESSARINE_API IUndoCommand {
   virtual void Undo() = 0;
   /// A text for the undo menu ("Edit cell B3").
   virtual TText Description() const = 0;
+  /// A number that moves with every change that Execute or Undo makes; the manager compares it when one of them threw.
+  /// A command that changes all or nothing need not answer.
+  virtual uint64_t ChangeStamp() const { return 0; }
 };
 
 /// The edits that can be taken back and those that can be done again. Every executed command is one step; what
@@ -40,7 +43,8 @@ class TESSARINE_API TUndoManager {
 
   bool CanUndo() const { return FEnabled && !FUndoStack.empty(); }
   bool CanRedo() const { return FEnabled && !FRedoStack.empty(); }
-  /// Nothing happens when there is nothing to do.
+  /// Nothing happens when there is nothing to do. When the command throws, its step stays where it was, or, when it had
+  /// changed something by then, goes to the other stack as if it were done, so that it can be taken the other way.
   void Undo();
   void Redo();
   void Clear();
@@ -61,10 +65,13 @@ class TESSARINE_API TUndoManager {
   void SetOnChanged(std::function<void(TUndoManager& ASender)> AHandler) { FOnChanged = std::move(AHandler); }
 
  private:
-  void FireChanged();
+  using TSteps = std::list<std::shared_ptr<IUndoCommand>>;  // a step changes its stack without an allocation
 
-  std::deque<std::shared_ptr<IUndoCommand>> FUndoStack;  // newest last
-  std::deque<std::shared_ptr<IUndoCommand>> FRedoStack;  // most recently undone last
+  void FireChanged();
+  void TakeStep(TSteps& AFrom, TSteps& ATo, void (IUndoCommand::*AAct)());
+
+  TSteps FUndoStack;  // newest last
+  TSteps FRedoStack;  // most recently undone last
   int32_t FMaxLevels;
   bool FEnabled = true;
   std::function<void(TUndoManager&)> FOnChanged;

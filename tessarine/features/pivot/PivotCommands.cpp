@@ -25,7 +25,7 @@ void TSlicerSelectionCommand::Apply(const std::vector<TText>& ASelected) {
   for (const TText& name : std::vector<TText>(slicer->PivotNames)) {
     if (TPivotTable* table = sheet->Pivots().FindByName(name)) TPivotEngine::Refresh(Workbook(), *sheet, *table);
   }
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TText TSlicerSelectionCommand::Description() const { return u"Slicer filter"; }
@@ -53,7 +53,7 @@ void TPivotFilterCommand::Apply(const TPivotFilterState& AState) {
   table->SortValueOrdinal = AState.SortValueOrdinal;
   table->SortAscending = AState.SortAscending;
   TPivotEngine::Refresh(Workbook(), *sheet, *table);
-  Workbook().MarkModified();
+  MarkModified();
 }
 
 TText TPivotFilterCommand::Description() const {

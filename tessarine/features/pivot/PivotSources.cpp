@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -8,6 +9,7 @@
 #include <tessarine/core/lists/PivotCache.h>
 #include <tessarine/core/lists/Slicers.h>
 #include <tessarine/core/lists/SpillMap.h>
+#include <tessarine/core/reference/ReferenceRewrite.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
@@ -112,13 +114,10 @@ void ReadWorksheet(TWorkbook& AWorkbook, TPivotCache& ACache) {
 /// The sheet and the range that an entry of a consolidation names.
 std::pair<TWorksheet*, TCellRange> ConsolidatedRange(const TWorkbook& AWorkbook, const TPivotCache& ACache,
                                                      std::u16string_view AEntry) {
-  std::u16string_view name = ACache.SourceSheet;
-  if (const size_t at = AEntry.find(u'!'); at != std::u16string_view::npos) {
-    name = AEntry.substr(0, at);
-    AEntry.remove_prefix(at + 1);
-    if (name.size() >= 2 && name.front() == u'\'' && name.back() == u'\'') name = name.substr(1, name.size() - 2);
-  }
-  return {AWorkbook.FindSheet(name), OnSheet(TCellRange::FromA1(AEntry))};
+  const std::optional<TSheetRefParts> parts = SplitSheetRefText(AEntry);
+  if (!parts) return {AWorkbook.FindSheet(ACache.SourceSheet), OnSheet(TCellRange::FromA1(AEntry))};
+  const std::u16string& second = parts->Second.empty() ? parts->First : parts->Second;
+  return {AWorkbook.FindSheet(parts->Sheet), OnSheet(TCellRange::FromA1(parts->First + u':' + second))};
 }
 
 void ReadConsolidation(TWorkbook& AWorkbook, TPivotCache& ACache) {

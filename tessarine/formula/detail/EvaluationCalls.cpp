@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include <tessarine/platform/Progress.h>
+
 namespace tessarine::detail {
 
 namespace {
@@ -164,6 +166,7 @@ TCellValue TEvaluation::EvalCall(const TProgramFrame& AFrame, const TProgramNode
 /// A name that no tier knows is #NAME?; so are, as long as they stand as operands, the forms that only the argument
 /// mode knows.
 TCellValue TEvaluation::CallFunction(const TProgramFrame& AFrame, const TProgramNode& ANode, const TArgFrame& AArgs) {
+  if (Control) Control->CheckStop();
   const TFunctionDef* row = ANode.Function;
   if (!row) return TCellValue::FromError(ceName);
   switch (row->Tier) {
@@ -206,6 +209,7 @@ TFormulaArg TEvaluation::EvalBranchArg(const TProgramFrame& AFrame, const TProgr
 TFormulaArg TEvaluation::EvalArrayFunction(const TProgramFrame& AFrame, const TProgramNode& ANode) {
   TArgFrame args(FArgs, ANode.ChildCount);
   EvalArgs(AFrame, ANode, args);
+  if (Control) Control->CheckStop();
   return ANode.Function->ArrayBody(args.Values(), ContextOf(AFrame));
 }
 

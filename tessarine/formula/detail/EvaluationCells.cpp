@@ -5,6 +5,7 @@
 
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/formula/detail/EvaluationStack.h>
+#include <tessarine/platform/Progress.h>
 
 // How chains of pulls of any length end in a value: a pull that finds too much of the native stack in use is run by a
 // loop (RunDeep) instead. Above that loop pulls nest natively for a while again; the one that goes too far throws a
@@ -253,6 +254,7 @@ bool TEvaluation::ReplayPull(TCellId AId) {
 
 /// Runs the formula of the innermost reader and stores what it yields.
 void TEvaluation::RunReader(TCellId AId) {
+  if (Control) Control->CheckStop();
   TFormulaRecord* record = RecordOf(FReaders.back());
   if (!record) return;
   const TFormulaTemplate& formula = *record->Template;

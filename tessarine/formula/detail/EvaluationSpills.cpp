@@ -104,6 +104,8 @@ void TEvaluation::ApplySpill(TCellId AAnchor, TFormulaArg AResult) {
     return;
   }
   sheet->StoreCachedResult(AddressOf(AAnchor), first);
+  sheet = SheetAt(AAnchor.Sheet());  // a host's handler may have removed it
+  if (!sheet) return;
   sheet->Spills().SetSpill(AAnchor.Col(), AAnchor.Row(), AResult.RowCount, AResult.ColCount, AResult.TakeCells());
   sheet->ExpandUsedBounds(block.EndCol, block.EndRow);
   TellDependents(AAnchor, block);
@@ -127,6 +129,8 @@ void TEvaluation::MaterializeAsTable(TCellId AAnchor, TFormulaArg AResult) {
       TCell cell;
       cell.Value = hasShape ? AResult.CellAt(row - block.StartRow, col - block.StartCol) : AResult.First();
       sheet->SetCell({col, row}, cell);
+      sheet = SheetAt(AAnchor.Sheet());
+      if (!sheet) return;
     }
   }
   sheet->ExpandUsedBounds(block.EndCol, block.EndRow);

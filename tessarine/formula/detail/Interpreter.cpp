@@ -20,7 +20,9 @@ void TInterpreter::SetSpillListener(ISpillListener* AListener) { FState->Evaluat
 
 void TInterpreter::SetRtdHub(TTessarineRtdHub* AHub) { FState->Evaluation.RtdHub = AHub; }
 
-void TInterpreter::SetControl(const TWorkControl* AControl) { FState->Evaluation.Control = AControl; }
+const TWorkControl* TInterpreter::SetControl(const TWorkControl* AControl) {
+  return std::exchange(FState->Evaluation.Control, AControl);
+}
 
 TEvaluationOptions& TInterpreter::Options() { return FState->Evaluation.Options; }
 

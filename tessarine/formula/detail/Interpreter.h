@@ -48,7 +48,8 @@ class TInterpreter {
 
   void SetSpillListener(ISpillListener* AListener);  // may be null; outlives the interpreter
   void SetRtdHub(TTessarineRtdHub* AHub);            // what RTD asks; may be null, outlives the interpreter
-  void SetControl(const TWorkControl* AControl);     // stops what may take long by ECancelled; may be null
+  /// What stops evaluations that take long, by ECancelled; may be null. Answers what it was before.
+  const TWorkControl* SetControl(const TWorkControl* AControl);
   TEvaluationOptions& Options();
 
   /// A text in scalar mode, without a cell of its own.
@@ -103,6 +104,20 @@ class TInterpreter {
  private:
   struct TState;
   std::unique_ptr<TState> FState;
+};
+
+/// Lets the evaluations of a stretch of work stop.
+class TControlScope {
+ public:
+  TControlScope(TInterpreter& AInterpreter, const TWorkControl& AControl)
+      : FInterpreter(AInterpreter), FOuter(AInterpreter.SetControl(&AControl)) {}
+  ~TControlScope() { FInterpreter.SetControl(FOuter); }
+  TControlScope(const TControlScope&) = delete;
+  TControlScope& operator=(const TControlScope&) = delete;
+
+ private:
+  TInterpreter& FInterpreter;
+  const TWorkControl* FOuter;
 };
 
 }  // namespace detail

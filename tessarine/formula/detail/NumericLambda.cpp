@@ -11,7 +11,7 @@ namespace tessarine::detail {
 namespace {
 
 constexpr size_t kMostSteps = 64;
-constexpr size_t kLanes = TNumericLambda::kMostLanes;
+constexpr size_t kLambdaLanes = TNumericLambda::kMostLanes;
 
 /// Brings the results of one step to what a single call has; false when one is not finite.
 bool SettleLanes(double* ALanes, size_t ACount) {
@@ -43,7 +43,7 @@ std::optional<TNumericLambda> TNumericLambda::Compile(const TProgram& AProgram, 
   for (; index <= bodyIndex; ++index) {
     if (!result.Append(AProgram, ALambda, AProgram.Nodes[index], AArgCount)) return std::nullopt;
   }
-  result.FStack.resize(result.FMostDepth * kLanes);
+  result.FStack.resize(result.FMostDepth * kLambdaLanes);
   return result;
 }
 
@@ -126,13 +126,15 @@ bool TNumericLambda::CallEach(std::span<double> AFirst) {
   double* top = FStack.data();
   for (const TInstruction& step : FSteps) {
     switch (step.Step) {
-      case TStep::stConstant: std::fill_n(top, count, step.Constant), top += kLanes; continue;
+      case TStep::stConstant: std::fill_n(top, count, step.Constant), top += kLambdaLanes; continue;
       case TStep::stSecond: return false;
-      case TStep::stFirst: std::copy(AFirst.begin(), AFirst.end(), top), top += kLanes; continue;
-      case TStep::stNegate: std::transform(top - kLanes, top - kLanes + count, top - kLanes, std::negate<>()); break;
+      case TStep::stFirst: std::copy(AFirst.begin(), AFirst.end(), top), top += kLambdaLanes; continue;
+      case TStep::stNegate:
+        std::transform(top - kLambdaLanes, top - kLambdaLanes + count, top - kLambdaLanes, std::negate<>());
+        break;
       default: {
-        top -= kLanes;
-        double* left = top - kLanes;
+        top -= kLambdaLanes;
+        double* left = top - kLambdaLanes;
         switch (step.Step) {
           case TStep::stAdd: Combine(left, top, count, std::plus<>()); break;
           case TStep::stSubtract: Combine(left, top, count, std::minus<>()); break;
@@ -145,7 +147,7 @@ bool TNumericLambda::CallEach(std::span<double> AFirst) {
         }
       }
     }
-    if (!SettleLanes(top - kLanes, count)) return false;
+    if (!SettleLanes(top - kLambdaLanes, count)) return false;
   }
   std::copy_n(FStack.data(), count, AFirst.begin());
   return true;

@@ -75,7 +75,7 @@ struct TProgramNode {
   TText Text;       // string literal; raw upper-case name of ankFunc; a table's name
   TText SheetName;  // prefix, empty without one
   TText ColumnName;
-  std::u16string CanonicalName;            // ankFunc
+  TText CanonicalName;                     // ankFunc
   const TFunctionDef* Function = nullptr;  // ankFunc; null for a name that no tier knows
 };
 

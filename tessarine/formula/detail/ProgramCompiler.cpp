@@ -3,6 +3,7 @@
 
 #include <tessarine/core/reference/FormulaTokenizer.h>
 #include <tessarine/formula/Parser.h>
+#include <tessarine/formula/detail/Descent.h>
 #include <tessarine/formula/detail/Program.h>
 #include <tessarine/formula/detail/ProgramFlags.h>
 
@@ -66,9 +67,8 @@ class TSlotReader {
     const TReferenceSlot* Second = nullptr;
   };
 
-  /// The slots of a reference, a node or a token. Those that lie before it are passed by for good.
-  template <class TReference>
-  TCorners CornersOf(const TReference& AReference, bool AIsRange) {
+  /// The slots of a reference. Those that lie before it are passed by for good.
+  TCorners CornersOf(const TFormulaToken& AReference, bool AIsRange) {
     const auto start = static_cast<size_t>(AReference.StartIndex);
     const size_t end = start + static_cast<size_t>(AReference.Length);
     while (FNext < FSlots.size() && FSlots[FNext].Offset < start) ++FNext;
@@ -105,122 +105,126 @@ class TSlotReader {
   size_t FFound = 0;
 };
 
-/// Flattens one tree.
-class TCompiler {
+/// Makes the flat tree of a program, each node behind its children.
+class TProgramBuilder {
  public:
-  TCompiler(TSlotReader& ASlots, int32_t ACol, int32_t ARow) : FSlots(ASlots), FCol(ACol), FRow(ARow) {}
+  TProgramBuilder(TProgram& AProgram, TSlotReader& ASlots, int32_t ACol, int32_t ARow)
+      : FProgram(AProgram), FSlots(ASlots), FCol(ACol), FRow(ARow) {}
 
-  std::unique_ptr<TProgram> Compile(const TAstNode& ARoot);
+  /// A subtree by what there was before it was begun.
+  struct TTree {
+    size_t Nodes = 0;
+    size_t Children = 0;
+    size_t Finished = 0;
+  };
+  struct TOpen {
+    TTree Begin;
+    TAstNodeKind Kind = ankError;
+    TOperator Op = opAdd;
+    TText Name;  // ankFunc
+  };
+
+  TTree Leaf(TAstNodeKind AKind, const TFormulaToken& AToken);
+  TTree Name(std::u16string_view AName) { return Emit(Here(), MakeCall(AName, true), 0); }
+  TTree Error() {
+    TProgramNode node;
+    node.ErrorCode = ceValue;
+    return Emit(Here(), std::move(node), 0);
+  }
+  TOpen OpenSign(std::u16string_view AOperator) { return {Here(), ankUnary, SignOperator(AOperator), {}}; }
+  TOpen OpenInfix(std::u16string_view AOperator, TTree ALeft) {
+    return {ALeft, ankBinary, InfixOperator(AOperator), {}};
+  }
+  TOpen OpenCall(std::u16string_view AName) { return {Here(), ankFunc, opAdd, TText(AName)}; }
+  TOpen OpenArray() { return {Here(), ankArrayLit, opAdd, {}}; }
+  void AddItem(TOpen&, TTree) {}
+  TTree CloseOperator(TOpen AOpen, TTree) {
+    TProgramNode node;
+    node.Kind = AOpen.Kind;
+    node.Op = AOpen.Op;
+    return Emit(AOpen.Begin, std::move(node), AOpen.Kind == ankUnary ? 1 : 2);
+  }
+  TTree CloseCall(TOpen AOpen, size_t AArguments) { return Emit(AOpen.Begin, MakeCall(AOpen.Name, false), AArguments); }
+  TTree CloseArray(TOpen AOpen, size_t AColumns, size_t ACells) {
+    TProgramNode node;
+    node.Kind = ankArrayLit;
+    node.Col2 = static_cast<int32_t>(AColumns);
+    node.Row2 = AColumns == 0 ? 0 : static_cast<int32_t>(ACells / AColumns);
+    return Emit(AOpen.Begin, std::move(node), ACells);
+  }
+  void Discard(TTree ATree) {
+    FProgram.Nodes.resize(ATree.Nodes);
+    FProgram.Children.resize(ATree.Children);
+    FFinished.resize(ATree.Finished);
+  }
+  void Discard(const TOpen& AOpen) { Discard(AOpen.Begin); }
 
  private:
-  void Emit(const TAstNode& ANode, size_t AChildCount);
-  void FillCall(const TAstNode& ANode, TProgramNode& AResult);
-  void FillReference(const TAstNode& ANode, TProgramNode& AResult);
+  TTree Here() const { return {FProgram.Nodes.size(), FProgram.Children.size(), FFinished.size()}; }
+  TTree Emit(TTree ABegin, TProgramNode ANode, size_t AChildCount);
+  static TProgramNode MakeCall(std::u16string_view AName, bool AIsIdentifier);
+  void FillReference(const TFormulaToken& AToken, TProgramNode& AResult);
   void MakeRelative(const TReferenceSlot* ASlot, uint8_t AColBit, uint8_t ARowBit, TProgramNode& AResult) const;
 
+  TProgram& FProgram;
   TSlotReader& FSlots;
   int32_t FCol;
   int32_t FRow;
-  std::unique_ptr<TProgram> FProgram = std::make_unique<TProgram>();
   std::vector<uint32_t> FFinished;  // emitted nodes that have no parent yet
 };
 
-/// Calls AVisit with the children of a node, last one first; they are never null in a parsed tree.
-template <class TVisit>
-size_t ForEachChildBackwards(const TAstNode& ANode, TVisit&& AVisit) {
-  size_t count = 0;
-  const auto visit = [&](const std::unique_ptr<TAstNode>& AChild) {
-    if (!AChild) return;
-    AVisit(*AChild);
-    ++count;
-  };
-  for (size_t i = ANode.Args.size(); i-- > 0;) visit(ANode.Args[i]);
-  visit(ANode.Right);
-  visit(ANode.Left);
-  return count;
-}
-
-std::unique_ptr<TProgram> TCompiler::Compile(const TAstNode& ARoot) {
-  struct TVisit {
-    const TAstNode* Node;
-    size_t ChildCount;
-    bool IsOpened;
-  };
-  std::vector<TVisit> visits{{&ARoot, 0, false}};
-  while (!visits.empty()) {
-    TVisit& visit = visits.back();
-    if (!visit.IsOpened) {
-      visit.IsOpened = true;
-      const size_t self = visits.size() - 1;
-      const size_t count = ForEachChildBackwards(*visit.Node, [&visits](const TAstNode& AChild) {
-        visits.push_back({&AChild, 0, false});
-      });
-      visits[self].ChildCount = count;
-      if (count > 0) continue;
-    }
-    const TVisit finished = visits.back();
-    visits.pop_back();
-    Emit(*finished.Node, finished.ChildCount);
+TProgramBuilder::TTree TProgramBuilder::Leaf(TAstNodeKind AKind, const TFormulaToken& AToken) {
+  TProgramNode node;
+  node.Kind = AKind;
+  if (AKind == ankNumber) {
+    node.Number = AToken.Number;
+  } else if (AKind == ankBool) {
+    node.BooleanValue = AToken.Number != 0;
+  } else if (AKind == ankString || AKind == ankTableRef) {
+    node.Text = TText(AToken.Text);
+    node.ColumnName = TText(AToken.ColumnName);
+  } else {
+    FillReference(AToken, node);
   }
-  FProgram->Nodes.shrink_to_fit();
-  FProgram->Children.shrink_to_fit();
-  return std::move(FProgram);
+  return Emit(Here(), std::move(node), 0);
 }
 
 /// Appends a node whose children are the last AChildCount of the finished ones.
-void TCompiler::Emit(const TAstNode& ANode, size_t AChildCount) {
-  TProgramNode result;
-  result.Kind = ANode.Kind;
-  switch (ANode.Kind) {
-    case ankNumber: result.Number = ANode.Number; break;
-    case ankString: result.Text = TText(ANode.Text); break;
-    case ankBool: result.BooleanValue = ANode.BooleanValue; break;
-    case ankError: result.ErrorCode = ANode.ErrorCode; break;
-    case ankCellRef:
-    case ankRange:
-    case ankSheetRef: FillReference(ANode, result); break;
-    case ankTableRef:
-      result.Text = TText(ANode.Text);
-      result.ColumnName = TText(ANode.ColumnName);
-      break;
-    case ankUnary: result.Op = SignOperator(ANode.Op); break;
-    case ankBinary: result.Op = InfixOperator(ANode.Op); break;
-    case ankFunc: FillCall(ANode, result); break;
-    case ankArrayLit:
-      result.Col2 = ANode.Col2;
-      result.Row2 = ANode.Row2;
-      break;
-  }
+TProgramBuilder::TTree TProgramBuilder::Emit(TTree ABegin, TProgramNode ANode, size_t AChildCount) {
   const auto firstChild = FFinished.end() - static_cast<std::ptrdiff_t>(AChildCount);
-  result.FirstChild = static_cast<uint32_t>(FProgram->Children.size());
-  result.ChildCount = static_cast<uint32_t>(AChildCount);
-  FProgram->Children.insert(FProgram->Children.end(), firstChild, FFinished.end());
+  ANode.FirstChild = static_cast<uint32_t>(FProgram.Children.size());
+  ANode.ChildCount = static_cast<uint32_t>(AChildCount);
+  FProgram.Children.insert(FProgram.Children.end(), firstChild, FFinished.end());
   FFinished.erase(firstChild, FFinished.end());
-  FFinished.push_back(static_cast<uint32_t>(FProgram->Nodes.size()));
-  FProgram->Nodes.push_back(std::move(result));
+  FFinished.push_back(static_cast<uint32_t>(FProgram.Nodes.size()));
+  FProgram.Nodes.push_back(std::move(ANode));
+  return ABegin;
 }
 
-void TCompiler::FillCall(const TAstNode& ANode, TProgramNode& AResult) {
-  AResult.Text = TText(ANode.Text);
-  AResult.IsIdentifier = ANode.Args.empty();
-  AResult.CanonicalName = CanonicalFunctionName(ANode.Text);
-  AResult.Special = SpecialFormOf(AResult.CanonicalName);
-  AResult.Function = FindFunction(AResult.CanonicalName);
+TProgramNode TProgramBuilder::MakeCall(std::u16string_view AName, bool AIsIdentifier) {
+  TProgramNode node;
+  node.Kind = ankFunc;
+  node.Text = TText(AName);
+  node.IsIdentifier = AIsIdentifier;
+  node.CanonicalName = TText(CanonicalFunctionName(AName));
+  node.Special = SpecialFormOf(node.CanonicalName);
+  node.Function = FindFunction(node.CanonicalName);
+  return node;
 }
 
-void TCompiler::FillReference(const TAstNode& ANode, TProgramNode& AResult) {
-  AResult.Col = ANode.Col;
-  AResult.Row = ANode.Row;
-  AResult.Col2 = ANode.Col2;
-  AResult.Row2 = ANode.Row2;
-  AResult.SheetName = TText(ANode.SheetName);
-  const TSlotReader::TCorners corners = FSlots.CornersOf(ANode, ANode.Kind == ankRange);
+void TProgramBuilder::FillReference(const TFormulaToken& AToken, TProgramNode& AResult) {
+  AResult.Col = AToken.Col;
+  AResult.Row = AToken.Row;
+  AResult.Col2 = AToken.Col2;
+  AResult.Row2 = AToken.Row2;
+  AResult.SheetName = TText(AToken.SheetName);
+  const TSlotReader::TCorners corners = FSlots.CornersOf(AToken, AToken.Kind == ftRangeRef);
   MakeRelative(corners.First, TProgramNode::rlCol, TProgramNode::rlRow, AResult);
   MakeRelative(corners.Second, TProgramNode::rlCol2, TProgramNode::rlRow2, AResult);
 }
 
-void TCompiler::MakeRelative(const TReferenceSlot* ASlot, uint8_t AColBit, uint8_t ARowBit,
-                             TProgramNode& AResult) const {
+void TProgramBuilder::MakeRelative(const TReferenceSlot* ASlot, uint8_t AColBit, uint8_t ARowBit,
+                                   TProgramNode& AResult) const {
   if (!ASlot) return;
   if (!ASlot->ColAbsolute) {
     AResult.Relative = static_cast<uint8_t>(AResult.Relative | AColBit);
@@ -232,9 +236,22 @@ void TCompiler::MakeRelative(const TReferenceSlot* ASlot, uint8_t AColBit, uint8
   }
 }
 
+/// Gives back what was reserved and is not used, unless that is little: while it is done there are two copies.
+template <class T>
+void Trim(std::vector<T>& AItems) {
+  if (AItems.capacity() - AItems.size() > AItems.size() / 8) AItems.shrink_to_fit();
+}
+
 std::unique_ptr<TProgram> CompileAt(std::u16string_view AText, TSlotReader& ASlots, int32_t ACol, int32_t ARow) {
-  const std::unique_ptr<TAstNode> tree = TFormulaParser::Parse(AText);
-  auto program = TCompiler(ASlots, ACol, ARow).Compile(*tree);
+  auto program = std::make_unique<TProgram>();
+  TProgramBuilder builder(*program, ASlots, ACol, ARow);
+  const auto formula = TDescent<TProgramBuilder>(AText, builder).ReadFormula();
+  if (formula.Depth > TFormulaParser::kMaxDepth) {
+    builder.Discard(formula.Tree);
+    builder.Error();
+  }
+  Trim(program->Nodes);
+  Trim(program->Children);
   FindProgramFlags(*program, ACol, ARow);
   return program;
 }

@@ -64,20 +64,6 @@ class TActiveOrder {
   TActiveOrder* FOuter;
 };
 
-/// Lets single evaluations stop, too, for the time of a recalculation.
-class TControlScope {
- public:
-  TControlScope(TInterpreter& AInterpreter, const TWorkControl& AControl) : FInterpreter(AInterpreter) {
-    FInterpreter.SetControl(&AControl);
-  }
-  ~TControlScope() { FInterpreter.SetControl(nullptr); }
-  TControlScope(const TControlScope&) = delete;
-  TControlScope& operator=(const TControlScope&) = delete;
-
- private:
-  TInterpreter& FInterpreter;
-};
-
 }  // namespace
 
 struct TRecalculation::TState {

@@ -139,10 +139,10 @@ int32_t TAxisSizing::LastSpecialLine() const {
   return last;
 }
 
-std::vector<int32_t> TAxisSizing::MarkedLines() const {
+std::vector<int32_t> TAxisSizing::MarkedLines(bool AAnywhere) const {
   std::vector<int32_t> lines;
   const auto note = [&](int32_t ALine, const auto&) {
-    if (ALine >= 1 && ALine <= FLimit) lines.push_back(ALine);
+    if (AAnywhere || (ALine >= 1 && ALine <= FLimit)) lines.push_back(ALine);
   };
   FSizes.ForEach(note);
   FHidden.ForEach(note);

@@ -49,8 +49,9 @@ class TAxisSizing {
 
   /// The last line of the sheet that has a size of its own or is hidden; 0 when there is none.
   int32_t LastSpecialLine() const;
-  /// The lines of the sheet that have a size of their own, are hidden, collapsed or on an outline level, ascending.
-  std::vector<int32_t> MarkedLines() const;
+  /// The lines of the sheet, or of any number, that have a size of their own, are hidden, collapsed or on an outline
+  /// level, ascending.
+  std::vector<int32_t> MarkedLines(bool AAnywhere) const;
 
   int32_t Pixels(int32_t ALine, const TPixelScale& AScale) const;
   int64_t CumulativeBefore(int32_t ALine, const TPixelScale& AScale) const;

@@ -59,7 +59,11 @@ std::vector<uint32_t> TRectIndex::CandidatesIn(const TCellRange& ARect) const {
     const int64_t rows = int64_t{ARect.EndRow >> grid.RowShift} - (ARect.StartRow >> grid.RowShift) + 1;
     const int64_t cols = int64_t{ARect.EndCol >> grid.ColShift} - (ARect.StartCol >> grid.ColShift) + 1;
     if (rows * cols > static_cast<int64_t>(grid.Buckets.size())) {
-      for (const auto& [key, bucket] : grid.Buckets) ids.insert(ids.end(), bucket.begin(), bucket.end());
+      for (const auto& [key, bucket] : grid.Buckets) {
+        const int64_t row = static_cast<int32_t>(key >> 32) - int64_t{ARect.StartRow >> grid.RowShift};
+        const int64_t col = static_cast<int32_t>(key) - int64_t{ARect.StartCol >> grid.ColShift};
+        if (row >= 0 && row < rows && col >= 0 && col < cols) ids.insert(ids.end(), bucket.begin(), bucket.end());
+      }
       continue;
     }
     ForEachKey(grid, ARect, [&](uint64_t AKey) {

@@ -1,6 +1,7 @@
 #include <tessarine/core/sheet/detail/CellStore.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <new>
 
@@ -324,8 +325,10 @@ void TCellStore::ReleaseCached(TFormulaRecord& ARecord) {
     ReleaseText(ARecord.Text);
 }
 
-/// Puts a result of any kind into a record as it is.
+/// Puts a result of any kind into a record as it is, but for a number that is not finite.
 void TCellStore::StoreCached(TFormulaRecord& ARecord, const TCellValue& AResult) {
+  if (AResult.Kind == cvkNumber && !std::isfinite(AResult.Number))
+    return StoreCached(ARecord, TCellValue::FromError(ceNum));
   TText text = AResult.Text;
   ReleaseCached(ARecord);
   NoteCached(ARecord);
@@ -346,6 +349,7 @@ void TCellStore::SetCached(int32_t ACol, TFormulaRecord& ARecord, const TCellVal
 }
 
 void TCellStore::SetCachedNumber(int32_t ACol, TFormulaRecord& ARecord, double ANumber) {
+  if (!std::isfinite(ANumber)) return SetCached(ACol, ARecord, TCellValue::FromError(ceNum));
   ReleaseCached(ARecord);
   NoteCached(ARecord);
   ARecord.CachedKind = cvkNumber;
@@ -404,6 +408,7 @@ void TCellStore::SetFormula(int32_t ACol, int32_t ARow, std::u16string_view ATex
 }
 
 void TCellStore::SetNumber(int32_t ACol, int32_t ARow, double ANumber, int32_t AStyleIndex) {
+  if (!std::isfinite(ANumber)) return SetValue(ACol, ARow, TCellValue::FromError(ceNum), AStyleIndex);
   const TPlace place = OpenBlank(ACol, ARow);
   place.Slot->Kind = cvkNumber;
   place.Slot->Number = ANumber;

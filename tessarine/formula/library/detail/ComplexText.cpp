@@ -5,6 +5,7 @@
 #include <string>
 
 #include <tessarine/core/values/Coercion.h>
+#include <tessarine/platform/Locale.h>
 
 namespace tessarine::detail {
 
@@ -48,8 +49,11 @@ bool TryParseComplex(std::u16string_view AText, TComplexNumber& ANumber) {
   return true;
 }
 
+/// With the decimal separator by which it is read again.
 std::u16string TextOfPart(double APart) {
-  return std::u16string(TCellValue::FromNumber(APart).ToDisplayString().View());
+  std::u16string text = TCellValue::FromNumber(APart).ToDisplayString().ToString();
+  std::replace(text.begin(), text.end(), u'.', CurrentFormatSettings().DecimalSeparator);
+  return text;
 }
 
 }  // namespace

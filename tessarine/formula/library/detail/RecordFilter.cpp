@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <functional>
 #include <limits>
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 #include <tessarine/core/values/Coercion.h>
 #include <tessarine/formula/library/detail/ArgReading.h>
@@ -108,6 +110,37 @@ class TRecordFilter::TNumberColumns {
  public:
   explicit TNumberColumns(const TRecordFilter& AFilter) : FFilter(AFilter) {}
 
+  /// Takes a row of comparisons for MarkAdded. False for one with other conditions, or with more than two columns.
+  bool TryAdd(const TConditions& AConditions) {
+    int32_t first = -1;
+    int32_t second = -1;
+    for (const TFieldCondition& condition : AConditions) {
+      if (!IsOrder(condition.Criterion)) return false;
+      if (!condition.Criterion.Operand().IsNumber()) return true;  // no record meets it
+      if (first < 0) first = condition.Column;
+      if (condition.Column == first || condition.Column == second) continue;
+      if (second >= 0) return false;
+      second = condition.Column;
+    }
+    if (second >= 0 && second < first) std::swap(first, second);
+    FAdded[{first, second}].push_back(&AConditions);
+    return true;
+  }
+
+  /// Marks the records that meet a row taken: a stretch of one sorted column, or a rectangle over two. A sweep over the
+  /// first column that keeps the stretches of the second in a tree of counts costs the logarithm for each row and each
+  /// record, where Mark looks at every record for every row.
+  void MarkAdded(std::vector<uint8_t>& APassing) {
+    constexpr size_t kManyRows = 32;
+    for (const auto& [columns, rows] : FAdded) {
+      if (rows.size() >= kManyRows) {
+        Sweep(Sorted(columns.first), columns.second < 0 ? nullptr : &Sorted(columns.second), columns, rows, APassing);
+      } else {
+        for (const TConditions* row : rows) Mark(*row, APassing);
+      }
+    }
+  }
+
   /// Marks the records that meet a row: its comparisons first, the other conditions where these hold.
   void Mark(const TConditions& AConditions, std::vector<uint8_t>& APassing) {
     constexpr size_t kBlock = 2048;
@@ -137,6 +170,107 @@ class TRecordFilter::TNumberColumns {
   }
 
  private:
+  using TRows = std::vector<const TConditions*>;
+
+  /// The records with a number, in the order of their numbers.
+  struct TSortedColumn {
+    std::vector<uint32_t> Records;
+    std::vector<double> Numbers;
+    std::vector<uint32_t> Places;  // of each record; kNoPlace without a number
+  };
+  static constexpr uint32_t kNoPlace = std::numeric_limits<uint32_t>::max();
+
+  /// Places from First up to, not including, End.
+  struct TStretch {
+    size_t First = 0;
+    size_t End = 0;
+  };
+
+  const TSortedColumn& Sorted(int32_t AColumn) {
+    TSortedColumn& sorted = FSorted[AColumn];
+    if (!sorted.Places.empty()) return sorted;
+    Load(AColumn);
+    const std::vector<double>& numbers = FColumns[AColumn];
+    sorted.Places.assign(numbers.size(), kNoPlace);
+    for (uint32_t record = 0; record < numbers.size(); ++record)
+      if (!std::isnan(numbers[record])) sorted.Records.push_back(record);
+    std::sort(sorted.Records.begin(), sorted.Records.end(),
+              [&](uint32_t ALeft, uint32_t ARight) { return numbers[ALeft] < numbers[ARight]; });
+    for (const uint32_t record : sorted.Records) {
+      sorted.Places[record] = static_cast<uint32_t>(sorted.Numbers.size());
+      sorted.Numbers.push_back(numbers[record]);
+    }
+    return sorted;
+  }
+
+  /// Where the conditions on a column hold.
+  static TStretch StretchOf(const TConditions& AConditions, int32_t AColumn, const std::vector<double>& ANumbers) {
+    TStretch stretch{0, ANumbers.size()};
+    for (const TFieldCondition& condition : AConditions) {
+      if (condition.Column != AColumn) continue;
+      const double limit = condition.Criterion.Operand().Number();
+      const TCriterionOperator op = condition.Criterion.Operator();
+      const auto at = op == coLess || op == coGreaterOrEqual
+                          ? std::lower_bound(ANumbers.begin(), ANumbers.end(), limit)
+                          : std::upper_bound(ANumbers.begin(), ANumbers.end(), limit);
+      const auto place = static_cast<size_t>(at - ANumbers.begin());
+      if (op == coLess || op == coLessOrEqual) {
+        stretch.End = std::min(stretch.End, place);
+      } else {
+        stretch.First = std::max(stretch.First, place);
+      }
+    }
+    return stretch;
+  }
+
+  /// Counts over places: all from a place on get one more, or one less.
+  class TCounts {
+   public:
+    explicit TCounts(size_t ASize) : FTree(ASize + 2, 0) {}
+    void Add(size_t APlace, int32_t ACount) {
+      for (size_t at = APlace + 1; at < FTree.size(); at += at & (~at + 1)) FTree[at] += ACount;
+    }
+    int32_t At(size_t APlace) const {
+      int32_t count = 0;
+      for (size_t at = APlace + 1; at > 0; at &= at - 1) count += FTree[at];
+      return count;
+    }
+
+   private:
+    std::vector<int32_t> FTree;
+  };
+
+  /// ASecond is null for rows with one column.
+  static void Sweep(const TSortedColumn& AFirst, const TSortedColumn* ASecond, std::pair<int32_t, int32_t> AColumns,
+                    const TRows& ARows, std::vector<uint8_t>& APassing) {
+    struct TEvent {
+      size_t Place;
+      TStretch Second;
+      int32_t Count;
+    };
+    std::vector<TEvent> events;
+    for (const TConditions* row : ARows) {
+      const TStretch first = StretchOf(*row, AColumns.first, AFirst.Numbers);
+      const TStretch second = ASecond ? StretchOf(*row, AColumns.second, ASecond->Numbers) : TStretch{0, 1};
+      if (first.First >= first.End || second.First >= second.End) continue;
+      events.push_back({first.First, second, 1});
+      events.push_back({first.End, second, -1});
+    }
+    std::sort(events.begin(), events.end(),
+              [](const TEvent& ALeft, const TEvent& ARight) { return ALeft.Place < ARight.Place; });
+    TCounts counts(ASecond ? ASecond->Numbers.size() : 1);
+    auto event = events.begin();
+    for (size_t place = 0; place < AFirst.Records.size(); ++place) {
+      for (; event != events.end() && event->Place == place; ++event) {
+        counts.Add(event->Second.First, event->Count);
+        counts.Add(event->Second.End, -event->Count);
+      }
+      const uint32_t record = AFirst.Records[place];
+      const uint32_t second = ASecond ? ASecond->Places[record] : 0;
+      if (second != kNoPlace && !APassing[record] && counts.At(second) > 0) APassing[record] = 1;
+    }
+  }
+
   void Load(int32_t AColumn) {
     std::vector<double>& numbers = FColumns[AColumn];
     if (!numbers.empty()) return;
@@ -161,6 +295,8 @@ class TRecordFilter::TNumberColumns {
 
   const TRecordFilter& FFilter;
   std::map<int32_t, std::vector<double>> FColumns;
+  std::map<int32_t, TSortedColumn> FSorted;
+  std::map<std::pair<int32_t, int32_t>, TRows> FAdded;  // by their columns, the second -1 for one
   std::vector<uint8_t> FMask;
 };
 
@@ -221,13 +357,14 @@ std::vector<uint8_t> TRecordFilter::Passing() const {
   TKeyFile keys;
   TNumberColumns numbers(*this);
   for (const TConditions& conditions : FRows) {
-    if (keys.TryAdd(conditions)) continue;
+    if (keys.TryAdd(conditions) || numbers.TryAdd(conditions)) continue;
     if (HasOrder(conditions)) {
       numbers.Mark(conditions, passing);
     } else {
       MarkPlain(conditions, passing);
     }
   }
+  numbers.MarkAdded(passing);
   keys.Mark(*this, passing);
   return passing;
 }

@@ -21,9 +21,10 @@ class TRecordFilter {
 
   /// A flag for each record, those below the headers in order: 1 when it passes.
   ///
-  /// Rows with a condition of equality are filed by what they ask for, and each record looks up its own values; rows
-  /// with comparisons run over columns of numbers first. 2,000 rows over 100,000 records: 0.05 s for equalities and 1 s
-  /// for pairs of comparisons, where the plain form takes 4.8 s and 4.3 s.
+  /// Rows with a condition of equality are filed by what they ask for, and each record looks up its own values; rows of
+  /// comparisons in one or two columns are swept over sorted columns, others run over columns of numbers first. Over
+  /// 100,000 records 2,000 rows of equalities take 0.05 s, where the plain form takes 4.8 s, and 10,000 pairs of
+  /// comparisons 0.12 s, where a look at every number for each of them takes 7.2 s.
   std::vector<uint8_t> Passing() const;
   /// Each record against each row: the definition of the result.
   std::vector<uint8_t> PassingPlain() const;
