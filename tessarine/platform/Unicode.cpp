@@ -4,14 +4,13 @@
 #include <cstdint>
 #include <cstring>
 
+#include <tessarine/platform/detail/Surrogates.h>
+
 namespace tessarine {
 
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-
-constexpr bool IsHighSurrogate(char16_t AUnit) { return (AUnit & 0xFC00) == 0xD800; }
-constexpr bool IsLowSurrogate(char16_t AUnit) { return (AUnit & 0xFC00) == 0xDC00; }
 
 /// True when the eight bytes at AText are all ASCII.
 bool AreEightAscii(const char* AText) {

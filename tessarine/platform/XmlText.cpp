@@ -5,6 +5,7 @@
 
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlEscapes.h>
+#include <tessarine/platform/detail/Surrogates.h>
 
 namespace tessarine {
 
@@ -48,19 +49,20 @@ void AppendEscape(char16_t AUnit, std::string& AOut) {
   AOut += '_';
 }
 
-bool IsHighSurrogate(char16_t AUnit) { return (AUnit & 0xFC00) == 0xD800; }
-bool IsLowSurrogate(char16_t AUnit) { return (AUnit & 0xFC00) == 0xDC00; }
 bool IsNonCharacter(char16_t AUnit) { return AUnit >= 0xFFFE; }
 
 bool BeginsEscape(std::u16string_view AText) {
-  constexpr size_t kEscapeLength = 7;  // _xHHHH_
-  if (AText.size() < kEscapeLength) return false;
+  constexpr size_t kEscapeUnits = 7;  // _xHHHH_
+  if (AText.size() < kEscapeUnits) return false;
   std::u16string buffer;
-  return UnescapeXlsxText(AText.substr(0, kEscapeLength), buffer).size() == 1;
+  return UnescapeXlsxText(AText.substr(0, kEscapeUnits), buffer).size() == 1;
 }
 
-/// The three forms differ in what becomes of tabs and line ends, of underscores and of what XML cannot carry.
-enum class TForm : uint8_t { Element, Attribute, Escaped };
+/// The forms differ in what becomes of tabs and line ends, of underscores and of what XML cannot carry.
+enum class TForm : uint8_t { Element, Attribute, EscapedElement, EscapedAttribute };
+
+constexpr bool IsAttribute(TForm AForm) { return AForm == TForm::Attribute || AForm == TForm::EscapedAttribute; }
+constexpr bool IsEscaped(TForm AForm) { return AForm == TForm::EscapedElement || AForm == TForm::EscapedAttribute; }
 
 template <TForm Form>
 void AppendOne(std::u16string_view AText, size_t AAt, TClass AClass, std::string& AOut) {
@@ -70,18 +72,18 @@ void AppendOne(std::u16string_view AText, size_t AAt, TClass AClass, std::string
     case clEntity: AOut += Entity(plain); break;
     case clTab:
     case clLineEnd:
-      if constexpr (Form == TForm::Attribute)
+      if constexpr (IsAttribute(Form))
         AppendReference(unit, AOut);
-      else if (Form == TForm::Escaped && AClass == clLineEnd)
+      else if (IsEscaped(Form) && AClass == clLineEnd)
         AppendEscape(unit, AOut);
       else
         AOut += plain;
       break;
     case clIllegal:
-      if constexpr (Form == TForm::Escaped) AppendEscape(unit, AOut);
+      if constexpr (IsEscaped(Form)) AppendEscape(unit, AOut);
       break;
     case clUnderscore:
-      if (Form == TForm::Escaped && BeginsEscape(AText.substr(AAt)))
+      if (IsEscaped(Form) && BeginsEscape(AText.substr(AAt)))
         AppendEscape(unit, AOut);
       else
         AOut += plain;
@@ -105,7 +107,7 @@ void AppendForm(std::u16string_view AText, std::string& AOut) {
       ++i;
     } else if (!IsNonCharacter(unit)) {
       AppendUtf16AsUtf8(AText.substr(i, 1), AOut);
-    } else if constexpr (Form == TForm::Escaped) {
+    } else if constexpr (IsEscaped(Form)) {
       AppendEscape(unit, AOut);
     }
   }
@@ -117,6 +119,9 @@ void AppendXmlText(std::u16string_view AText, std::string& AOut) { AppendForm<TF
 void AppendXmlText(std::string_view AText, std::string& AOut) { AppendXmlText(Utf8ToUtf16(AText), AOut); }
 void AppendXmlAttribute(std::u16string_view AText, std::string& AOut) { AppendForm<TForm::Attribute>(AText, AOut); }
 void AppendXmlAttribute(std::string_view AText, std::string& AOut) { AppendXmlAttribute(Utf8ToUtf16(AText), AOut); }
-void AppendXlsxText(std::u16string_view AText, std::string& AOut) { AppendForm<TForm::Escaped>(AText, AOut); }
+void AppendXlsxText(std::u16string_view AText, std::string& AOut) { AppendForm<TForm::EscapedElement>(AText, AOut); }
+void AppendXlsxAttribute(std::u16string_view AText, std::string& AOut) {
+  AppendForm<TForm::EscapedAttribute>(AText, AOut);
+}
 
 }  // namespace tessarine

@@ -20,4 +20,7 @@ void AppendXmlAttribute(std::string_view AText, std::string& AOut);
 /// return, which a parser would make a line feed, and for an underscore that would begin such an escape.
 void AppendXlsxText(std::u16string_view AText, std::string& AOut);
 
+/// The same between double quotes. Tab, line feed and carriage return are written as numbers there.
+void AppendXlsxAttribute(std::u16string_view AText, std::string& AOut);
+
 }  // namespace tessarine

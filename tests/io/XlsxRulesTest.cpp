@@ -298,7 +298,11 @@ TEST(XlsxReport, CountsWhatTheWorkbookCannotHold) {
       .Sheet(
           Row("<c r='A1' t='e'><v>#N/A</v></c><c r='B1' t='s'><f>1</f><v>9</v></c><c r='C1'><v>1</v></c>"
               "<c r='D1' t='str'><v>12</v></c><c r='E1'><f t='dataTable' ref='E1'/><v>3</v></c>") +
-          "<sheetProtection/><conditionalFormatting><cfRule/><cfRule><extLst><ext/></extLst></cfRule>"
+          "<sheetPr><tabColor/></sheetPr><sheetViews><sheetView><pane xSplit='9'/></sheetView></sheetViews>"
+          "<cols><col style='1'/><col style='0'/></cols><hyperlinks><hyperlink ref='A1' location='x' tooltip='t'/>"
+          "<hyperlink ref='A2' location='x' "
+          "r:id='t'/></hyperlinks><sheetProtection/><conditionalFormatting><cfRule/><cfRule><extLst><ext/></extLst></"
+          "cfRule>"
           "</conditionalFormatting><dataValidations><dataValidation type='time' sqref='A1'/></dataValidations>"
           "<headerFooter><firstHeader>x</firstHeader><evenFooter/></headerFooter>"
           "<autoFilter ref='A1:B2'><filterColumn colId='0'><top10/></filterColumn></autoFilter>"
@@ -311,6 +315,11 @@ TEST(XlsxReport, CountsWhatTheWorkbookCannotHold) {
           "</definedName><definedName name='_xlnm._FilterDatabase' localSheetId='0'>S1!A1</definedName>"
           "</definedNames>")
       .Strings("<si><t>only</t></si>")
+      .Part("xl/worksheets/_rels/sheet1.xml.rels",
+            "<Relationships><Relationship Id='t' Type='x/table' Target='../t.xml'/></Relationships>")
+      .Part("xl/t.xml",
+            "<table name='T' ref='F1:G2'><tableColumns><tableColumn totalsRowFunction='sum'/><tableColumn>"
+            "<calculatedColumnFormula>1</calculatedColumnFormula></tableColumn></tableColumns></table>")
       .Part("xl/comments1.xml", "<not read")
       .Part("xl/Comments2.xml", "")
       .Part("xl/calcChain.xml", "<not read")
@@ -321,6 +330,9 @@ TEST(XlsxReport, CountsWhatTheWorkbookCannotHold) {
       .Part("elsewhere/thing.bin", "")
       .Load(book, options);
   EXPECT_EQ(ReportText(report),
+            "dropped 1 tab colour in S1\n"
+            "dropped 1 split of a view in S1\n"
+            "dropped 1 tip of a link in S1\n"
             "dropped 1 sheet protection in S1\n"
             "dropped 2 conditional format in S1\n"
             "dropped 1 data validation in S1 (time)\n"
@@ -333,9 +345,12 @@ TEST(XlsxReport, CountsWhatTheWorkbookCannotHold) {
             "dropped 1 shared text in S1 (the string table has no such entry)\n"
             "dropped 1 formula in S1 (the cell refers to the string table as well)\n"
             "dropped 1 data table in S1 (its values stay)\n"
+            "dropped 1 format of a whole row or column in S1 (cells have their own)\n"
+            "dropped 1 address of a link in S1 (it names a place as well, which is kept)\n"
+            "dropped 2 column formula of a table in S1 (its cells have theirs)\n"
             "dropped 1 defined name in xl/workbook.xml (n)\n"
             "rewritten 1 defined name of one sheet in xl/workbook.xml (m)\n"
-            "dropped 1 date system in xl/workbook.xml (days count from 1904 in the file and from 1900 here)\n"
+            "dropped 1 1904 date system in xl/workbook.xml (all dates show four years and a day too early)\n"
             "dropped 1 workbook protection in xl/workbook.xml\n"
             "dropped 2 comment part (xl/comments1.xml)\n"
             "dropped 1 calculation chain (xl/calcChain.xml)\n"

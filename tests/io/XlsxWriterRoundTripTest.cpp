@@ -67,8 +67,8 @@ class TRandomBook {
   void Fill(TWorkbook& ABook) {
     for (uint32_t i = Below(30); i > 0; --i) ABook.StyleSheet().AddCellXf(Format());
     ABook.SetNamedFormula(u"Rate", u"=0.25");
-    ABook.SetNamedFormula(u"Twice", u"=LAMBDA(x,x*2)");
-    for (uint32_t i = Below(3); i > 0; --i) ABook.AddSheet(u"Sheet " + AttributeText());
+    ABook.SetNamedFormula(u"Twice_x0041_", u"=LAMBDA(x,x*2)");
+    for (uint32_t i = Below(3); i > 0; --i) ABook.AddSheet(u"Sheet " + Text() + u"z");
     for (int32_t index = 0; index < ABook.SheetCount(); ++index) FillSheet(ABook, *ABook.GetSheet(index), index);
     ABook.SetActiveSheetIndex(static_cast<int32_t>(Below(static_cast<uint32_t>(ABook.SheetCount()))));
   }
@@ -83,13 +83,7 @@ class TRandomBook {
     constexpr char16_t kUnits[] = u"ab \"<&>'_x0041_\n\t\r\x01é漢\xFFFE,%";
     std::u16string text;
     for (uint32_t i = Below(9) + 1; i > 0; --i) text += kUnits[Below(std::size(kUnits) - 1)];
-    return text;
-  }
-  /// Without units that attributes cannot carry.
-  std::u16string AttributeText() {
-    std::u16string text = Text() + u"z";
-    std::erase_if(text, [](char16_t AUnit) { return AUnit == u'\x01' || AUnit == u'\xFFFE'; });
-    return text;
+    return Chance() ? text : text + u"_x0041_";
   }
   TColorRef Color() {
     return Chance() ? TColorRef::FromARGB(kOpaqueBlack | static_cast<uint32_t>(FRandom()))
@@ -97,7 +91,7 @@ class TRandomBook {
   }
   TCellFontInfo Font() {
     TCellFontInfo font;
-    if (Chance()) font.Name = u"Font \"A\" & B";
+    if (Chance()) font.Name = u"Font \"A\" & _x0042_";
     font.Size = static_cast<float>(Below(80)) / 2 + 1;
     font.Bold = Chance();
     font.Italic = Chance();
@@ -107,7 +101,7 @@ class TRandomBook {
     return font;
   }
   TCellFormat Format() {
-    constexpr const char16_t* kCodes[] = {u"General", u"0.00", u"m/d/yyyy", u"[Red]0;-0\"x<\"", u"@"};
+    constexpr const char16_t* kCodes[] = {u"General", u"0.00", u"m/d/yyyy", u"[Red]0;-0\"_x0041_<\"", u"@"};
     TCellFormat format;
     format.Font = Font();
     format.NumberFormat = kCodes[Below(std::size(kCodes))];
@@ -175,7 +169,7 @@ class TRandomBook {
     sizing.SetOutlineSummaryBelow(Chance());
     for (int32_t i = 0; i < 4; ++i) ASheet.MergeRange({40 + i * 3, 1, 41 + i * 3, Line() + 1});
     for (uint32_t i = Below(12); i > 0; --i)
-      ASheet.Hyperlinks().SetHyperlinkRange(Range(), TText(Chance() ? u"http://a.example/?a&b" : u"Sheet1!A1"));
+      ASheet.Hyperlinks().SetHyperlinkRange(Range(), TText(Chance() ? u"http://a.example/?a&b" : u"Sheet1!_x0041_"));
     FillRules(ASheet);
     FillPage(ASheet.PageSetup());
     TSheetViewOptions view;
@@ -189,15 +183,15 @@ class TRandomBook {
     ASheet.SavedView().AssignFrom({Range(), selected}, selected.StartCol, selected.EndRow, 0, 0, false);
     if (Chance()) {
       ASheet.AutoFilter().Enable({1, 1, 9, 20});
-      ASheet.AutoFilter().SetColumnContains(3, TText(u"a*?~b" + AttributeText()), false);
-      ASheet.AutoFilter().SetColumnValues(5, {TText(AttributeText()), u""}, false);
+      ASheet.AutoFilter().SetColumnContains(3, TText(u"a*?~b" + Text()), false);
+      ASheet.AutoFilter().SetColumnValues(5, {u"", TText(Text())}, false);
     }
     TSheetTable& table =
         ASheet.Tables().Add(TText(u"Table_" + std::u16string(1, static_cast<char16_t>(u'a' + AIndex))), {60, 1, 62, 9});
     for (int32_t col = 60; col <= 62; ++col)
-      ASheet.SetValue({col, 1}, TCellValue::FromText(AttributeText() + static_cast<char16_t>(u'0' + col - 60)));
+      ASheet.SetValue({col, 1}, TCellValue::FromText(Text() + static_cast<char16_t>(u'0' + col - 60)));
     table.SetShowAutoFilter(false);
-    table.SetStyleName(u"TableStyleLight1");
+    table.SetStyleName(u"_x0041_");
     ASheet.RefreshTableColumnNames();
   }
 
@@ -208,13 +202,13 @@ class TRandomBook {
       rule.Operator = static_cast<TDataValidationOperator>(Below(8));
       rule.ErrorStyle = static_cast<TDataValidationErrorStyle>(Below(3));
       rule.Ranges = {Range(), {50, 50, 50, 50}};
-      rule.Formula1 = u"$A$1:$A$9";
+      rule.Formula1 = Chance() ? u"$A$1:$A$9" : u"LET(x,$A$1:$A$9,x)";
       rule.Formula2 = rule.ValidationType == dvtList ? u"" : u"B1*2";
       rule.AllowBlank = Chance();
       rule.ShowErrorMessage = Chance();
-      rule.Prompt = AttributeText();
+      rule.Prompt = Text();
       rule.ShowInputMessage = true;
-      rule.ErrorTitle = AttributeText();
+      rule.ErrorTitle = Text();
       ASheet.Validations().AddRule(rule);
     }
   }

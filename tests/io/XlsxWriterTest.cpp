@@ -254,17 +254,18 @@ TEST(XlsxWriting, CellsByKind) {
   put(6, TCellValue::FromText(u"a"), 99);
   put(7, TCellValue::FromNumber(std::numeric_limits<double>::infinity()), -4);
   SetFormula(sheet, {8, 1}, u"1/0", TCellValue::FromError(ceDiv0));
-  SetFormula(sheet, {9, 1}, u"\"<\"&A1", TCellValue::FromText(u"<-0.1"));
+  SetFormula(sheet, {9, 1}, u"\"<\"&A1&\" \"", TCellValue::FromText(u"<-0.1 "));
   SetFormula(sheet, {10, 1}, u"A1>0", TCellValue::FromBoolean(false));
   SetFormula(sheet, {16384, 1}, u"A1*2", TCellValue::FromNumber(-0.2));
   const auto bytes = Saved(book);
-  EXPECT_EQ(
-      Element(Part(bytes, kSheet1), "sheetData"),
-      "<sheetData><row r=\"1\"><c r=\"A1\" s=\"1\"><v>-0.1</v></c><c r=\"B1\" t=\"b\"><v>1</v></c><c r=\"C1\" "
-      "t=\"s\"><v>0</v></c><c r=\"D1\" s=\"1\"/><c r=\"E1\" s=\"1\"/><c r=\"F1\" s=\"2\" t=\"s\"><v>0</v></c><c "
-      "r=\"G1\" s=\"2\"/><c r=\"H1\"><f>1/0</f></c><c r=\"I1\" t=\"str\"><f>&quot;&lt;&quot;&amp;A1</f><v>&lt;-0.1"
-      "</v></c><c r=\"J1\" t=\"b\"><f>A1&gt;0</f><v>0</v></c><c r=\"XFD1\"><f>A1*2</f><v>-0.2</v></c></row>"
-      "</sheetData>");
+  EXPECT_EQ(Element(Part(bytes, kSheet1), "sheetData"),
+            "<sheetData><row r=\"1\"><c r=\"A1\" s=\"1\"><v>-0.1</v></c><c r=\"B1\" t=\"b\"><v>1</v></c><c r=\"C1\" "
+            "t=\"s\"><v>0</v></c><c r=\"D1\" s=\"1\"/><c r=\"E1\" s=\"1\"/><c r=\"F1\" s=\"2\" t=\"s\"><v>0</v></c><c "
+            "r=\"G1\" s=\"2\"/><c r=\"H1\"><f>1/0</f></c><c r=\"I1\" t=\"str\"><f>&quot;&lt;&quot;&amp;A1&amp;&quot; "
+            "&quot;</f><v "
+            "xml:space=\"preserve\">&lt;-0.1 </v></c><c r=\"J1\" t=\"b\"><f>A1&gt;0</f><v>0</v></c><c "
+            "r=\"XFD1\"><f>A1*2</f><v>-0.2</v></c></row>"
+            "</sheetData>");
   EXPECT_NE(Part(bytes, "xl/styles.xml").find("<cellXfs count=\"3\">"), std::string::npos);
   EXPECT_NE(SavedPart(book, kSheet1, Fixed(true)).find("<c r=\"F1\" s=\"99\""), std::string::npos);
 }
@@ -395,7 +396,9 @@ TEST(XlsxWriting, TextsAreSharedOnceAndRichOnesNever) {
   themed.Script = spSubscript;
   themed.Size = 10.5;
   themed.Color = TColorRef::FromTheme(4, 0);
-  rich.RichText = {{u"on ", themed}, {u"", {}}, {u"off", {}}};
+  TCellFontInfo sizeless;
+  sizeless.Size = std::numeric_limits<float>::quiet_NaN();
+  rich.RichText = {{u"on ", themed}, {u"", {}}, {u"off", sizeless}};
   rich.StyleIndex = bold;
   sheet.SetCell({2, 1}, rich);
   sheet.SetCell({2, 2}, rich);
@@ -403,7 +406,7 @@ TEST(XlsxWriting, TextsAreSharedOnceAndRichOnesNever) {
   const std::string xml = Part(bytes, "xl/sharedStrings.xml");
   const std::string item =
       "<si><r><rPr><b/><sz val=\"10.5\"/><color rgb=\"FF4472C4\"/><rFont val=\"Calibri\"/><vertAlign "
-      "val=\"subscript\"/></rPr><t xml:space=\"preserve\">on </t></r><r><rPr><b val=\"0\"/><sz val=\"11\"/><color "
+      "val=\"subscript\"/></rPr><t xml:space=\"preserve\">on </t></r><r><rPr><b val=\"0\"/><color "
       "rgb=\"FF000000\"/><rFont val=\"Calibri\"/></rPr><t>off</t></r></si>";
   EXPECT_EQ(
       xml.substr(xml.find("count")),
@@ -472,8 +475,13 @@ TEST(XlsxWriting, FormatsFallIntoTables) {
   add([](TCellFormat& AFormat) { AFormat.Font.Size = 10.126f; });
   add([](TCellFormat& AFormat) { AFormat.Font.Color = TColorRef::FromTheme(3, -0.24999); });
   add([](TCellFormat& AFormat) { AFormat.Font.Size = 0; });
+  add([](TCellFormat& AFormat) {
+    AFormat.Font.Size = std::numeric_limits<float>::quiet_NaN();
+    AFormat.Font.Color = TColorRef::FromTheme(3, std::numeric_limits<double>::quiet_NaN());
+    AFormat.Font.Name = u"_x0041_";
+  });
   add([](TCellFormat& AFormat) { AFormat.NumberFormat = u"M/D/YYYY"; });
-  add([](TCellFormat& AFormat) { AFormat.NumberFormat = u"0.0\"x\""; });
+  add([](TCellFormat& AFormat) { AFormat.NumberFormat = u"0.0\"_x0041_\""; });
   add([](TCellFormat& AFormat) { AFormat.NumberFormat = u"GENERAL"; });
   add([](TCellFormat& AFormat) { AFormat.Fill = TCellFillInfo::Solid(TColorRef::FromARGB(0x00123456)); });
   add([](TCellFormat& AFormat) { AFormat.Fill.PatternType = 2; });
@@ -487,13 +495,13 @@ TEST(XlsxWriting, FormatsFallIntoTables) {
   });
   const std::string xml = SavedPart(book, "xl/styles.xml");
   EXPECT_EQ(Element(xml, "numFmts"),
-            "<numFmts count=\"1\"><numFmt numFmtId=\"164\" formatCode=\"0.0&quot;x&quot;\"/></numFmts>");
+            "<numFmts count=\"1\"><numFmt numFmtId=\"164\" formatCode=\"0.0&quot;_x005F_x0041_&quot;\"/></numFmts>");
   EXPECT_EQ(
       Element(xml, "fonts"),
-      "<fonts count=\"4\"><font><sz val=\"11\"/><color rgb=\"FF000000\"/><name val=\"Calibri\"/></font><font><sz "
+      "<fonts count=\"5\"><font><sz val=\"11\"/><color rgb=\"FF000000\"/><name val=\"Calibri\"/></font><font><sz "
       "val=\"10.13\"/><color rgb=\"FF000000\"/><name val=\"Calibri\"/></font><font><sz val=\"11\"/><color theme=\"3\" "
       "tint=\"-0.25\"/><name val=\"Calibri\"/></font><font><color rgb=\"FF000000\"/><name val=\"Calibri\"/></font>"
-      "</fonts>");
+      "<font><color theme=\"3\"/><name val=\"_x005F_x0041_\"/></font></fonts>");
   EXPECT_EQ(
       Element(xml, "fills"),
       "<fills count=\"4\"><fill><patternFill patternType=\"none\"/></fill><fill><patternFill patternType=\"gray125\"/>"
@@ -541,10 +549,15 @@ TEST(XlsxWriting, ElementsOfASheetComeInOrder) {
   rule.ValidationType = dvtList;
   rule.Formula1 = u"a,b";
   rule.Ranges = {{1, 1, 1, 5}, {3, 3, 3, 3}};
-  rule.Prompt = u"line\nend";
+  rule.Prompt = u"line\n_x0041_\x01";
   sheet.Validations().AddRule(rule);
   rule.ValidationType = dvtNone;
   sheet.Validations().AddRule(rule);
+  TDataValidationRule custom;
+  custom.ValidationType = dvtCustom;
+  custom.Formula1 = u"=LET(x,A1,x)";
+  custom.Ranges = {{2, 2, 2, 2}};
+  sheet.Validations().AddRule(custom);
   sheet.SetHyperlink(1, 1, u"mailto:a@b.example");
   sheet.PageSetup().FitToPage = true;
   sheet.PageSetup().PrintGridlines = true;
@@ -578,13 +591,16 @@ TEST(XlsxWriting, ElementsOfASheetComeInOrder) {
        "outlineLevel=\"2\"/><row r=\"10\" collapsed=\"1\"/></sheetData>"},
       {"autoFilter",
        "<autoFilter ref=\"A1:C9\"><filterColumn colId=\"1\"><customFilters><customFilter operator=\"equal\" "
-       "val=\"*a~?~**\"/></customFilters></filterColumn><filterColumn colId=\"2\"><filters><filter val=\"x\"/><filter "
-       "val=\"\"/></filters></filterColumn></autoFilter>"},
+       "val=\"*a~?~**\"/></customFilters></filterColumn><filterColumn colId=\"2\"><filters blank=\"1\"><filter "
+       "val=\"x\"/></filters></filterColumn></autoFilter>"},
       {"mergeCells", "<mergeCells count=\"2\"><mergeCell ref=\"E5:F6\"/><mergeCell ref=\"E7:E8\"/></mergeCells>"},
       {"dataValidations",
-       "<dataValidations count=\"1\"><dataValidation type=\"list\" errorStyle=\"stop\" operator=\"between\" "
-       "allowBlank=\"0\" showInputMessage=\"0\" showErrorMessage=\"0\" prompt=\"line&#10;end\" sqref=\"A1:A5 C3\">"
-       "<formula1>&quot;a,b&quot;</formula1></dataValidation></dataValidations>"},
+       "<dataValidations count=\"2\"><dataValidation type=\"list\" errorStyle=\"stop\" operator=\"between\" "
+       "allowBlank=\"0\" showInputMessage=\"0\" showErrorMessage=\"0\" prompt=\"line&#10;_x005F_x0041__x0001_\" "
+       "sqref=\"A1:A5 C3\">"
+       "<formula1>&quot;a,b&quot;</formula1></dataValidation><dataValidation type=\"custom\" errorStyle=\"stop\" "
+       "operator=\"between\" allowBlank=\"0\" showInputMessage=\"0\" showErrorMessage=\"0\" sqref=\"B2\">"
+       "<formula1>LET(_xlpm.x,A1,_xlpm.x)</formula1></dataValidation></dataValidations>"},
       {"pageSetup ", "<pageSetup paperSize=\"1\" fitToWidth=\"1\" fitToHeight=\"1\" orientation=\"portrait\"/>"},
       {"headerFooter", "<headerFooter><oddHeader>&amp;C&amp;P</oddHeader></headerFooter>"},
       {"rowBreaks",
@@ -597,16 +613,23 @@ TEST(XlsxWriting, ElementsOfASheetComeInOrder) {
     EXPECT_EQ(Element(xml, std::string_view(name) == "sheetView" ? "sheetViews" : name), expected);
   const std::string literal = SavedPart(book, kSheet1, Fixed(true));
   EXPECT_NE(literal.find("operator=\"contains\" val=\"a?*\""), std::string::npos);
+  EXPECT_NE(literal.find("<filters><filter val=\"x\"/><filter val=\"\"/></filters>"), std::string::npos);
   EXPECT_NE(literal.find("<mergeCells count=\"4\">"), std::string::npos);
   EXPECT_NE(literal.find("<formula1>a,b</formula1>"), std::string::npos);
 }
 
 TEST(XlsxWriting, SourcesOfListsAreFormulasOrQuoted) {
   const std::pair<const char16_t*, const char*> cases[] = {
-      {u"a,b", "&quot;a,b&quot;"},       {u"=A1:A3", "A1:A3"},
-      {u"\"x,y\"", "&quot;x,y&quot;"},   {u"Items", "Items"},
-      {u"Yes", "&quot;Yes&quot;"},       {u"$B$1:$B$2", "$B$1:$B$2"},
-      {u"INDIRECT(A1)", "INDIRECT(A1)"}, {u"S!A1:A2", "S!A1:A2"},
+      {u"a,b", "&quot;a,b&quot;"},
+      {u"=A1:A3", "A1:A3"},
+      {u"\"x,y\"", "&quot;x,y&quot;"},
+      {u"Items", "Items"},
+      {u"Yes", "&quot;Yes&quot;"},
+      {u"$B$1:$B$2", "$B$1:$B$2"},
+      {u"INDIRECT(A1)", "INDIRECT(A1)"},
+      {u"S!A1:A2", "S!A1:A2"},
+      {u"5\",6", "&quot;5&quot;&quot;,6&quot;"},
+      {u"\"5\",6\"\"", "&quot;5&quot;&quot;,6&quot;&quot;&quot;"},
   };
   for (const auto& [source, written] : cases) {
     TWorkbook book;
@@ -658,7 +681,9 @@ TEST(XlsxWriting, TablesGetLegalNames) {
   first.SetHasTotalsRow(true);
   first.SetShowColumnStripes(true);
   First(book).Tables().Add(u"taken", {6, 1, 7, 5});
-  book.AddSheet(u"Two").Tables().Add(u"TAKEN", {1, 1, 2, 2}).SetHasHeaderRow(false);
+  TSheetTable& headless = book.AddSheet(u"Two").Tables().Add(u"TAKEN", {1, 1, 2, 2});
+  headless.SetHasHeaderRow(false);
+  headless.SetColumnNames({u"_x0041_", u"\n"});
   First(book).AutoFilter().Enable({1, 1, 4, 4});
   First(book).AutoFilter().SetColumnContains(1, u"x", false);
   TFileReport report;
@@ -676,6 +701,9 @@ TEST(XlsxWriting, TablesGetLegalNames) {
   EXPECT_NE(Part(bytes, "xl/tables/table2.xml").find("displayName=\"taken2\""), std::string::npos);
   EXPECT_NE(Part(bytes, "xl/tables/table3.xml").find("id=\"3\" name=\"TAKEN3\""), std::string::npos);
   EXPECT_EQ(Part(bytes, "xl/tables/table3.xml").find("autoFilter"), std::string::npos);
+  TWorkbook back;
+  Reload(back, bytes);
+  EXPECT_EQ((*back.GetSheet(1)->Tables().begin())->ColumnNames(), headless.ColumnNames());
   EXPECT_EQ(Part(bytes, kSheet1).find("autoFilter"), std::string::npos);
   EXPECT_EQ(report.CountOf(ffRewritten), 3u);
   EXPECT_EQ(report.CountOf(ffDropped), 1u);

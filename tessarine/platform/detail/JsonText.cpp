@@ -11,6 +11,7 @@
 #include <tessarine/platform/Files.h>
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
+#include <tessarine/platform/detail/Surrogates.h>
 
 namespace tessarine::detail {
 
@@ -96,9 +97,6 @@ char16_t SimpleEscape(char AByte) {
     default: return static_cast<char16_t>(AByte);
   }
 }
-
-bool IsHighSurrogate(char16_t AUnit) { return (AUnit & 0xFC00) == 0xD800; }
-bool IsLowSurrogate(char16_t AUnit) { return (AUnit & 0xFC00) == 0xDC00; }
 
 }  // namespace
 

@@ -159,9 +159,8 @@ void TXlsxCellWriter::AppendFormula(int32_t ACol, const TCellSlot& ASlot, std::s
 
   at = buffer;
   if (isText) {
-    AOut += "<v>";
-    AppendXlsxString(result.Text(), AOut);
-    at = Put("</v></c>", at);
+    AppendXlsxSpacedElement("v", result.Text(), AOut);
+    at = Put("</c>", at);
   } else if (result.Kind == cvkBoolean) {
     at = Put(result.BooleanValue ? "<v>1</v></c>" : "<v>0</v></c>", at);
   } else if (result.Kind == cvkNumber && std::isfinite(result.Number)) {

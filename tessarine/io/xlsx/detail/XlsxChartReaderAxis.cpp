@@ -65,7 +65,7 @@ void ReadLabels(const TXmlNode* AAxis, const TTessarineTheme* ATheme, TSheetChar
   AInfo.HasTickLabelRotation = turn.Has;
   AInfo.TickLabelRotation = static_cast<int32_t>(turn.Value);
   AInfo.TickLblPos = XlsxValueOfWord(kXlsxTickLabels, XlsxChildVal(AAxis, "tickLblPos"), ctlpNextTo);
-  AInfo.NumFmt = TText::FromUtf8(XmlAttr(XmlFindChild(AAxis, "numFmt"), "formatCode"));
+  AInfo.NumFmt = XlsxText(XmlAttr(XmlFindChild(AAxis, "numFmt"), "formatCode"));
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace tessarine::detail {
 
 namespace {
 
-constexpr int32_t kMaxPoints = 1'048'576;  // of a series, as many as a sheet has rows
+constexpr int32_t kMaxSeriesPoints = 1'048'576;  // of a series, as many as a sheet has rows
 
 /// The cache or the literals of a data source, and the reference that it was taken from.
 struct TDataSource {
@@ -47,13 +47,13 @@ TDataSource SourceOf(const TXmlNode* ANode) {
 /// states and to its last point.
 template <class TList, class TSet>
 void ForEachPoint(const TXmlNode* AData, TXlsxDrawingRoom& ARoom, TList& AList, TSet&& ASet) {
-  const int32_t count = std::min(XmlAttrInt(XmlFindChild(AData, "ptCount"), "val", 0), kMaxPoints);
+  const int32_t count = std::min(XmlAttrInt(XmlFindChild(AData, "ptCount"), "val", 0), kMaxSeriesPoints);
   if (count > 0) ARoom.TryGrow(AList, static_cast<size_t>(count));
   for (const TXmlNode* point : TXmlElements(AData)) {
     if (!XmlLocalNameIs(point, "pt")) continue;
     const int32_t index = XmlAttrInt(point, "idx", -1);
     const auto place = static_cast<size_t>(std::max(index, 0));
-    if (index < 0 || index >= kMaxPoints || !ARoom.TryGrow(AList, place + 1)) {
+    if (index < 0 || index >= kMaxSeriesPoints || !ARoom.TryGrow(AList, place + 1)) {
       ARoom.NoteLoss();
     } else if (const TXmlNode* value = XmlFindChild(point, "v")) {
       ASet(place, value);
@@ -114,7 +114,7 @@ void ReadPoint(const TXmlNode* APoint, const TXlsxChartContext& AContext, TSheet
   const TXmlNode* const properties = XmlFindChild(APoint, "spPr");
   if (!properties) return;
   const auto place = static_cast<size_t>(std::max(index, 0));
-  if (index < 0 || index >= kMaxPoints || !AContext.Room.TryGrow(AStyle.PointFills, place + 1) ||
+  if (index < 0 || index >= kMaxSeriesPoints || !AContext.Room.TryGrow(AStyle.PointFills, place + 1) ||
       !AContext.Room.TryGrow(AStyle.PointStrokes, place + 1)) {
     return AContext.Room.NoteLoss();
   }

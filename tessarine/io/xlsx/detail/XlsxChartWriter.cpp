@@ -263,9 +263,9 @@ class TChartWriter {
 
   void NumberFormat(const TSheetChartAxisInfo& AAxis) {
     if (AAxis.NumFmt.IsEmpty()) return;
-    FOut += "<c:numFmt formatCode=\"";
-    AppendXmlAttribute(AAxis.NumFmt.View(), FOut);
-    FOut += "\" sourceLinked=\"0\"/>";
+    FOut += "<c:numFmt";
+    AppendXlsxTextAttr("formatCode", AAxis.NumFmt, FOut);
+    FOut += " sourceLinked=\"0\"/>";
   }
 
   void Axis(const TSheetChartAxisInfo& AAxis, bool AIsValues, const char* AId, const char* ACrossId,

@@ -100,7 +100,7 @@ TScriptPosition ScriptPosition(std::string_view AValue) {
 uint8_t XlsxApplyFontChild(std::string_view ALocalName, TXmlAttributes AAttributes, TCellFontInfo& AFont) {
   const auto is = [ALocalName](std::string_view AName) { return EqualXmlNames(ALocalName, AName); };
   if (is("name") || is("rFont")) {
-    if (const auto name = FindXmlAttribute(AAttributes, "val")) AFont.Name = TText::FromUtf8(*name);
+    if (const auto name = FindXmlAttribute(AAttributes, "val")) AFont.Name = XlsxText(*name);
     return xfpName;
   }
   if (is("sz")) return AFont.Size = FontSize(AAttributes, AFont.Size), xfpSize;

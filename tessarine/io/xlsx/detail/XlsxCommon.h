@@ -57,7 +57,7 @@ bool XlsxBoolVal(TXmlAttributes AAttributes, bool ADefault);
 /// AText without the bytes up to U+0020 at both ends.
 std::string_view XlsxTrim(std::string_view AText);
 
-/// The text of an element, escapes undone.
+/// The text of an element, or of an attribute that takes a text of the user (a name, a prompt), escapes undone.
 TText XlsxText(std::string_view AText);
 
 /// An address or a range as TCellAddress and TCellRange read them.

@@ -16,7 +16,7 @@ namespace {
 
 constexpr double kEmuPerPoint = 12700;
 constexpr double kMaxEmu = 27273042316900.0;  // ECMA-376-1 §20.1.10.16
-constexpr float kMaxPoints = 4000;
+constexpr float kMaxFontPoints = 4000;
 
 constexpr TXlsxWord<int32_t> kSchemeNames[] = {
     {"dk1", 0},     {"tx1", 0},     {"lt1", 1},     {"bg1", 1},       {"dk2", 2},     {"tx2", 2},
@@ -104,7 +104,7 @@ uint8_t AlphaOf(const TXmlNode* AFill) {
 
 float PointsOf(const TXmlNode* ANode, std::string_view AName) {
   return std::clamp(static_cast<float>(static_cast<double>(XlsxEmuAttr(ANode, AName, 0)) / kEmuPerPoint), 0.0F,
-                    kMaxPoints);
+                    kMaxFontPoints);
 }
 
 /// The theme's font for "+mj-lt", "+mn-ea" and the like.
@@ -243,7 +243,7 @@ TSheetChartFont XlsxReadChartFont(const TXmlNode* ARun, TSheetChartFont ABase, c
   if (!ARun) return ABase;
   ABase.Assigned = true;
   const double size = XmlAttrFloat(ARun, "sz", -1) / 100;
-  if (size >= 0 && size <= static_cast<double>(kMaxPoints)) ABase.SizePt = static_cast<float>(size);
+  if (size >= 0 && size <= static_cast<double>(kMaxFontPoints)) ABase.SizePt = static_cast<float>(size);
   if (XmlHasAttr(ARun, "b")) ABase.Bold = XlsxAttrIsOn(ARun->Attributes, "b");
   if (XmlHasAttr(ARun, "i")) ABase.Italic = XlsxAttrIsOn(ARun->Attributes, "i");
   for (const TXmlNode* child : TXmlElements(ARun)) ApplyFontChild(child, ATheme, ABase);

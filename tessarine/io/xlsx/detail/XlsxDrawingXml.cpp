@@ -50,8 +50,8 @@ void AppendSolid(uint32_t AColor, std::string& AOut) {
 
 /// Hundredths of a point within what the format takes.
 int32_t HundredthsOf(float ASize) {
-  const double size = std::isfinite(ASize) ? static_cast<double>(ASize) * 100 : 0;
-  return static_cast<int32_t>(std::clamp(RoundToEven(size), 100.0, 400'000.0));
+  const auto size = static_cast<double>(std::isfinite(ASize) ? ASize : TSheetDrawing().TextSize);
+  return static_cast<int32_t>(std::clamp(RoundToEven(size * 100), 100.0, 400'000.0));
 }
 
 bool HasTextSettings(const TSheetDrawing& ADrawing) {

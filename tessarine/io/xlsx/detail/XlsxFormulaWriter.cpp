@@ -158,6 +158,26 @@ size_t PrefixLength(std::u16string_view AText) {
   return 0;
 }
 
+std::u16string LowerPrefixes(std::u16string_view AFormula) {
+  std::u16string text(AFormula);
+  for (size_t at = 0; at < text.size();) {
+    const char16_t unit = text[at];
+    if (unit == u'"' || unit == u'\'') {
+      at = std::min(text.find(unit, at + 1), text.size() - 1) + 1;
+    } else if (unit == u'[') {
+      at = AfterBrackets(text, at);
+    } else if (IsWordUnit(unit)) {
+      for (size_t length = 0; (length = PrefixLength(std::u16string_view(text).substr(at))) > 0; at += length)
+        std::transform(text.begin() + static_cast<ptrdiff_t>(at), text.begin() + static_cast<ptrdiff_t>(at + length),
+                       text.begin() + static_cast<ptrdiff_t>(at), AsciiLower);
+      while (at < text.size() && IsWordUnit(text[at])) ++at;
+    } else {
+      ++at;
+    }
+  }
+  return text;
+}
+
 /// Whether the reader puts an "@" before this text.
 bool GetsSign(std::u16string_view AText) {
   return AText.find(u'@') == AText.npos && IsDynamicArraySpillFormulaText(AText);
@@ -178,29 +198,9 @@ std::u16string MarkXlsxParameters(std::u16string_view AFormula) {
   return back == AFormula ? marked : std::u16string(AFormula);
 }
 
-std::u16string LowerXlsxPrefixes(std::u16string_view AFormula) {
-  std::u16string text(AFormula);
-  for (size_t at = 0; at < text.size();) {
-    const char16_t unit = text[at];
-    if (unit == u'"' || unit == u'\'') {
-      at = std::min(text.find(unit, at + 1), text.size() - 1) + 1;
-    } else if (unit == u'[') {
-      at = AfterBrackets(text, at);
-    } else if (IsWordUnit(unit)) {
-      for (size_t length = 0; (length = PrefixLength(std::u16string_view(text).substr(at))) > 0; at += length)
-        std::transform(text.begin() + static_cast<ptrdiff_t>(at), text.begin() + static_cast<ptrdiff_t>(at + length),
-                       text.begin() + static_cast<ptrdiff_t>(at), AsciiLower);
-      while (at < text.size() && IsWordUnit(text[at])) ++at;
-    } else {
-      ++at;
-    }
-  }
-  return text;
-}
-
 std::u16string XlsxFormulaText(std::u16string_view AFormula) {
   std::u16string text = MarkXlsxParameters(AFormula);
-  return text.find(u'_') == text.npos ? text : LowerXlsxPrefixes(text);
+  return text.find(u'_') == text.npos ? text : LowerPrefixes(text);
 }
 
 const TXlsxFormulaWriter::TShape& TXlsxFormulaWriter::ShapeOf(const TFormulaTemplate& ATemplate, int32_t ACol) {

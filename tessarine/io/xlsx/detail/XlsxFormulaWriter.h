@@ -15,12 +15,9 @@ class TFormulaTemplate;
 /// so files name them. StripXlsxParameterPrefixes gives AFormula back; a text for which it would not stays as it is.
 std::u16string MarkXlsxParameters(std::u16string_view AFormula);
 
-/// AFormula with the prefixes of functions that came later ("_xlfn.") in small letters: other programs know them only
-/// so. Shared formulas, and those that were moved, have them in capitals. Texts, names in quotes and columns of tables
-/// stay.
-std::u16string LowerXlsxPrefixes(std::u16string_view AFormula);
-
-/// AFormula as files spell it: with both.
+/// AFormula as files spell it: with these, and with the prefixes of functions that came later ("_xlfn.") in small
+/// letters, because other programs know them only so. Shared formulas, and those that were moved, have them in
+/// capitals. Texts, names in quotes and columns of tables stay.
 std::u16string XlsxFormulaText(std::u16string_view AFormula);
 
 /// Writes the formulas of a sheet. The reader puts an "@" before formulas that spill unless they stand as array

@@ -14,6 +14,11 @@ namespace tessarine::detail {
 
 namespace {
 
+/// Links of single cells, and links as this writer leaves them, are joined after one round: side by side first, then
+/// runs of the same columns one below the other. Ranges of other shapes may need another, and such that lie around one
+/// another like a spiral as many as there are, which no file is worth.
+constexpr int kJoinRounds = 16;
+
 /// The same range with rows and columns exchanged.
 TCellRange Turned(const TCellRange& ARange) { return {ARange.StartRow, ARange.StartCol, ARange.EndRow, ARange.EndCol}; }
 
@@ -53,8 +58,8 @@ std::vector<TXlsxLink> XlsxSheetLinks(const THyperlinkList& ALinks) {
     const TCellRange range = XlsxInsideSheet(ARange);
     if (range.StartCol > 0) links.push_back({range, ATarget});
   });
-  // What is joined in one direction may let more be joined in the other.
-  for (size_t count = links.size() + 1; links.size() < count;) {
+  size_t count = links.size() + 1;
+  for (int round = 0; round < kJoinRounds && links.size() < count; ++round) {
     count = links.size();
     JoinAlongRows(links);
     TurnAll(links);
@@ -85,7 +90,7 @@ void AppendXlsxLinks(const std::vector<TXlsxLink>& ALinks, const TXlsxSheetRelat
     if (IsExternalXlsxTarget(link.Target)) {
       AppendXlsxWord("r:id", ARelationships.LinkId(link.Target), AOut);
     } else {
-      AppendXlsxAttr("location", link.Target, AOut);
+      AppendXlsxTextAttr("location", link.Target, AOut);
     }
     AOut += "/>";
   }

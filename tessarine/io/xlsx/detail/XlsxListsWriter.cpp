@@ -33,22 +33,33 @@ bool IsFilterOf(const TSheetTable& ATable, const TCellRange& ARange) {
   return range == ARange;
 }
 
+/// Texts to be kept; that blanks are kept is told beside them.
+void AppendValues(const std::vector<TText>& AValues, bool AIsLiteral, std::string& AOut) {
+  const auto isBlank = [AIsLiteral](const TText& AValue) { return !AIsLiteral && AValue.IsEmpty(); };
+  AOut += "<filters";
+  AppendXlsxFlag("blank", std::any_of(AValues.begin(), AValues.end(), isBlank), AOut);
+  if (std::all_of(AValues.begin(), AValues.end(), isBlank)) {
+    AOut += "/>";
+    return;
+  }
+  AOut += '>';
+  for (const TText& value : AValues) {
+    if (isBlank(value)) continue;
+    AOut += "<filter";
+    AppendXlsxTextAttr("val", value, AOut);
+    AOut += "/>";
+  }
+  AOut += "</filters>";
+}
+
 void AppendCriterion(const TAutoFilterColumn& AColumn, bool AIsLiteral, std::string& AOut) {
   if (!AColumn.Contains.IsEmpty()) {
     AOut += "<customFilters><customFilter";
     AppendXlsxWord("operator", AIsLiteral ? "contains" : "equal", AOut);
-    AppendXlsxAttr("val", AIsLiteral ? AColumn.Contains.ToString() : XlsxContainsPattern(AColumn.Contains), AOut);
+    AppendXlsxTextAttr("val", AIsLiteral ? AColumn.Contains.ToString() : XlsxContainsPattern(AColumn.Contains), AOut);
     AOut += "/></customFilters>";
-  } else if (AColumn.Values.empty()) {
-    AOut += "<filters/>";
   } else {
-    AOut += "<filters>";
-    for (const TText& value : AColumn.Values) {
-      AOut += "<filter";
-      AppendXlsxAttr("val", value, AOut);
-      AOut += "/>";
-    }
-    AOut += "</filters>";
+    AppendValues(AColumn.Values, AIsLiteral, AOut);
   }
 }
 
@@ -95,7 +106,7 @@ constexpr std::string_view kOperatorWords[] = {
 constexpr std::string_view kErrorStyleWords[] = {"stop", "warning", "information"};
 
 void AppendTextAttr(std::string_view AName, const TText& AText, std::string& AOut) {
-  if (!AText.IsEmpty()) AppendXlsxAttr(AName, AText, AOut);
+  if (!AText.IsEmpty()) AppendXlsxTextAttr(AName, AText, AOut);
 }
 
 std::u16string_view WithoutSign(std::u16string_view AText) {
@@ -129,8 +140,8 @@ void AppendRule(const TWorkbook& AWorkbook, const TDataValidationRule& ARule, co
     const bool isList = ARule.ValidationType == dvtList;
     const std::u16string first =
         isList ? XlsxListSource(AWorkbook, ARule.Formula1) : std::u16string(WithoutSign(ARule.Formula1));
-    AppendOperand("formula1", LowerXlsxPrefixes(first), AOut);
-    AppendOperand("formula2", LowerXlsxPrefixes(WithoutSign(ARule.Formula2)), AOut);
+    AppendOperand("formula1", XlsxFormulaText(first), AOut);
+    AppendOperand("formula2", XlsxFormulaText(WithoutSign(ARule.Formula2)), AOut);
   }
   AOut += "</dataValidation>";
 }
@@ -164,9 +175,11 @@ std::u16string XlsxListSource(const TWorkbook& AWorkbook, std::u16string_view AS
   const std::u16string_view source = TrimSpaces(ASource);
   if (source.starts_with(u'=')) return std::u16string(source.substr(1));
   const bool isQuoted = source.size() >= 2 && source.front() == u'"' && source.back() == u'"';
-  if (source.empty() || isQuoted || IsFormulaSource(AWorkbook, source)) return std::u16string(source);
+  if (source.empty() || (!isQuoted && IsFormulaSource(AWorkbook, source))) return std::u16string(source);
   std::u16string quoted = u"\"";
-  return (quoted += source) += u'"';
+  for (const char16_t unit : isQuoted ? source.substr(1, source.size() - 2) : source)
+    quoted.append(unit == u'"' ? 2 : 1, unit);
+  return quoted += u'"';
 }
 
 void AppendXlsxAutoFilter(const TWorksheet& ASheet, bool AIsLiteral, TXlsxListLosses& ALosses, std::string& AOut) {

@@ -36,6 +36,12 @@ void AppendXlsxAttr(std::string_view AName, std::u16string_view AValue, std::str
   AOut += '"';
 }
 
+void AppendXlsxTextAttr(std::string_view AName, std::u16string_view AText, std::string& AOut) {
+  BeginAttribute(AName, AOut);
+  AppendXlsxAttribute(AText, AOut);
+  AOut += '"';
+}
+
 void AppendXlsxWord(std::string_view AName, std::string_view AValue, std::string& AOut) {
   BeginAttribute(AName, AOut);
   AOut += AValue;
@@ -119,10 +125,19 @@ void ReserveForRest(size_t ADone, size_t AAll, size_t ABytes, size_t AGuess, std
   if (wanted > AOut.capacity()) AOut.reserve(wanted);
 }
 
-void AppendXlsxSpace(std::u16string_view AText, std::string& AOut) {
-  if (AText.empty()) return;
-  if (AText.front() == u' ' || AText.back() == u' ' || AText.find_first_of(u"\t\n\r") != AText.npos)
-    AOut += " xml:space=\"preserve\"";
+/// Most texts have neither blanks at their ends nor escapes, so nothing in them asks for the attribute.
+void AppendXlsxSpacedElement(std::string_view AName, std::u16string_view AText, std::string& AOut) {
+  const size_t start = AOut.size();
+  const bool hasOuterBlank = AText.starts_with(u' ') || AText.ends_with(u' ');
+  ((AOut += '<') += AName) += '>';
+  if (hasOuterBlank || !TryAppendPlain(AText, AOut)) {
+    AOut.resize(start);
+    (AOut += '<') += AName;
+    if (hasOuterBlank || AText.find_first_of(u"\t\n\r") != AText.npos) AOut += " xml:space=\"preserve\"";
+    AOut += '>';
+    AppendXlsxText(AText, AOut);
+  }
+  ((AOut += "</") += AName) += '>';
 }
 
 TCellRange XlsxInsideSheet(const TCellRange& ARange) {

@@ -18,6 +18,8 @@ inline constexpr std::string_view kXlsxDocumentRelationships =
 
 /// ` name="value"`, escaped.
 void AppendXlsxAttr(std::string_view AName, std::u16string_view AValue, std::string& AOut);
+/// The same for texts that the reader takes through XlsxText (ECMA-376-1 §22.9.2.19): every unit comes back.
+void AppendXlsxTextAttr(std::string_view AName, std::u16string_view AText, std::string& AOut);
 /// The same for what needs no escapes: words of the format, ids, addresses.
 void AppendXlsxWord(std::string_view AName, std::string_view AValue, std::string& AOut);
 void AppendXlsxInt(std::string_view AName, int64_t AValue, std::string& AOut);
@@ -52,8 +54,8 @@ void AppendXlsxString(std::u16string_view AText, std::string& AOut);
 /// most of a large part. While none is written AGuess tells how many bytes one takes.
 void ReserveForRest(size_t ADone, size_t AAll, size_t ABytes, size_t AGuess, std::string& AOut);
 
-/// ` xml:space="preserve"` where a parser may otherwise not keep all blanks and line ends of an element's text.
-void AppendXlsxSpace(std::u16string_view AText, std::string& AOut);
+/// `<name>text</name>` with ` xml:space="preserve"` where a parser may otherwise not keep all blanks and line ends.
+void AppendXlsxSpacedElement(std::string_view AName, std::u16string_view AText, std::string& AOut);
 
 /// The part of ARange inside the sheet, corners in order; a range of zeros when there is none.
 TCellRange XlsxInsideSheet(const TCellRange& ARange);

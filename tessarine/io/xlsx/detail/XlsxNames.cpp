@@ -7,6 +7,7 @@
 #include <tessarine/core/lists/PageSetupNames.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/xlsx/detail/XlsxCommon.h>
 #include <tessarine/io/xlsx/detail/XlsxFormulas.h>
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlTree.h>
@@ -36,9 +37,9 @@ void TXlsxNames::Read(const TXmlNode* AName) {
   std::u16string text = XmlNodeText16(AName);
   StripXlsxParameterPrefixes(text);
   const std::u16string_view formula = TrimSpaces(text);
-  const std::string_view name = XmlAttr(AName, "name");
-  if (formula.empty() || name.empty()) return;
-  const std::u16string normalized = TWorkbook::NormalizeName(Utf8ToUtf16(name));
+  const TText name = XlsxText(XmlAttr(AName, "name"));
+  if (formula.empty() || name.IsEmpty()) return;
+  const std::u16string normalized = TWorkbook::NormalizeName(name);
   ReportScope(AName, normalized);
   FWorkbook.SetNamedFormula(name, formula);
   OfferPrintName(normalized, formula);

@@ -114,7 +114,7 @@ void AppendXlsxNames(const TWorkbook& AWorkbook, bool AIsLiteral, std::string& A
     if (shown == kPrintTitles) text = QuotedTitles(AWorkbook);
     if (text.empty()) continue;
     names += "<definedName";
-    AppendXlsxAttr("name", shown, names);
+    AppendXlsxTextAttr("name", shown, names);
     if (const auto scope = ScopeOf(AWorkbook, shown, text)) {
       AppendXlsxInt("localSheetId", *scope, names);
       AppendXlsxWord("hidden", "1", names);

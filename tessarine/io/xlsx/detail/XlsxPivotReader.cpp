@@ -14,6 +14,7 @@
 #include <tessarine/core/lists/PivotCache.h>
 #include <tessarine/core/lists/PivotTables.h>
 #include <tessarine/core/lists/SheetTables.h>
+#include <tessarine/core/reference/ReferenceRewrite.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/features/pivot/PivotEngine.h>
@@ -143,13 +144,13 @@ class TXlsxPivotReader {
   /// A range, or the name of a table or of a range; through a relationship it lies in another workbook.
   void ReadWorksheetSource(const TXmlNode* ARange, TPivotCache& ACache) {
     if (XmlHasAttr(ARange, "id")) ACache.SourceKind = pcsExternal;
-    ACache.SourceSheet = TText::FromUtf8(XmlAttr(ARange, "sheet"));
+    ACache.SourceSheet = XlsxText(XmlAttr(ARange, "sheet"));
     const TCellRange range = XlsxRange(XmlAttr(ARange, "ref"));
     if (XlsxIsRange(range)) {
       ACache.SourceRange = range;
     } else if (const std::string_view name = XmlAttr(ARange, "name"); !name.empty()) {
       const auto [place, isNew] = FNamedSources.try_emplace(std::string(name));
-      if (isNew) place->second = SourceOfName(Utf8ToUtf16(name));
+      if (isNew) place->second = SourceOfName(XlsxText(name));
       if (!place->second) return;
       ACache.SourceSheet = place->second->Sheet;
       ACache.SourceRange = place->second->Range;
@@ -157,7 +158,7 @@ class TXlsxPivotReader {
   }
 
   /// Tables come first, without their totals.
-  std::optional<TNamedSource> SourceOfName(const std::u16string& AName) const {
+  std::optional<TNamedSource> SourceOfName(std::u16string_view AName) const {
     for (int32_t index = 0; index < FWorkbook.SheetCount(); ++index) {
       TWorksheet& sheet = *FWorkbook.GetSheet(index);
       const TSheetTable* const table = sheet.Tables().FindByName(AName);
@@ -178,7 +179,9 @@ class TXlsxPivotReader {
       if (!XmlLocalNameIs(set, "rangeSet")) continue;
       const TCellRange range = XlsxRange(XmlAttr(set, "ref"));
       if (!XlsxIsRange(range)) continue;
-      ACache.MultiRanges.emplace_back(u"'" + Utf8ToUtf16(XmlAttr(set, "sheet")) + u"'!" + range.ToA1());
+      const std::u16string sheet = XlsxText(XmlAttr(set, "sheet")).ToString();
+      const bool hasQuote = sheet.find(u'\'') != std::u16string::npos;
+      ACache.MultiRanges.emplace_back((hasQuote ? QuoteSheetName(sheet) : u"'" + sheet + u"'") + u"!" + range.ToA1());
     }
   }
 
@@ -234,7 +237,7 @@ class TXlsxPivotReader {
     table->RowGrandTotals = IsFlagOn(ARoot, "rowGrandTotals", true);
     table->ColGrandTotals = IsFlagOn(ARoot, "colGrandTotals", true);
     if (const TXmlNode* const style = XmlFindChild(ARoot, "pivotTableStyleInfo"); style && XmlHasAttr(style, "name"))
-      table->StyleName = TText::FromUtf8(XmlAttr(style, "name"));
+      table->StyleName = XlsxText(XmlAttr(style, "name"));
     AddFields(ARoot, "pageFields", "pageField", "fld", pfrFilter, *table);
     AddFields(ARoot, "rowFields", "field", "x", pfrRow, *table);
     AddFields(ARoot, "colFields", "field", "x", pfrColumn, *table);

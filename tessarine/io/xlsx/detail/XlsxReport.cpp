@@ -169,7 +169,7 @@ void ReportXlsxWorkbookSettings(const TXmlNode* AWorkbook, const TXlsxReport& AR
   if (!AReport.IsWanted()) return;
   for (const TXmlNode* section : TXmlElements(AWorkbook)) {
     if (XmlLocalNameIs(section, "workbookPr") && XlsxAttrIsOn(section->Attributes, "date1904"))
-      AReport.Drop("date system", 1, "days count from 1904 in the file and from 1900 here");
+      AReport.Drop("1904 date system", 1, "all dates show four years and a day too early");
     CountWorkbookThing(section, AReport);
     for (const TXmlNode* node : TXmlElements(section)) CountWorkbookThing(node, AReport);
   }

@@ -134,6 +134,7 @@ void TXlsxSheetReader::ReportCells() const {
   FReport.Drop("shared text", losses.Texts, "the string table has no such entry");
   FReport.Drop("formula", losses.Formulas, "the cell refers to the string table as well");
   FReport.Drop("data table", losses.DataTables, "its values stay");
+  FReport.Drop("format of a whole row or column", FLineFormats, "cells have their own");
 }
 
 /// Records wait in memory for the end of the part, so they count like the nodes of a tree.
@@ -182,7 +183,7 @@ void TXlsxSheetReader::ReadView() {
 /// A pane that is only split says nothing here.
 void TXlsxSheetReader::ReadPane(int32_t& ATopLeftCol, int32_t& ATopLeftRow) {
   const TXmlAttributes attributes = FReader.Attributes();
-  if (!IsFrozenState(XlsxAttr(attributes, "state"))) return;
+  if (!IsFrozenState(XlsxAttr(attributes, "state"))) return FReport.Drop("split of a view");
   FSheet.SetFrozenCols(FrozenCount(attributes, "xSplit"));
   FSheet.SetFrozenRows(FrozenCount(attributes, "ySplit"));
   const TCellAddress topLeft = XlsxAddress(XlsxAttr(attributes, "topLeftCell"));
@@ -195,13 +196,15 @@ void TXlsxSheetReader::ReadPane(int32_t& ATopLeftCol, int32_t& ATopLeftRow) {
 
 void TXlsxSheetReader::ReadProperties() {
   bool isRead = false;
-  ForEachChild("outlinePr", [&] {
-    if (!std::exchange(isRead, true)) {
+  for (TXmlEvent event = FReader.Next(); event != xeEndElement && event != xeEnd; event = FReader.Next()) {
+    if (event != xeStartElement) continue;
+    if (FReader.LocalNameIs("tabColor")) FReport.Drop("tab colour");
+    if (FReader.LocalNameIs("outlinePr") && !std::exchange(isRead, true)) {
       FSheet.Sizing().SetOutlineSummaryBelow(IsSummaryFlagOn(FReader.Attributes(), "summaryBelow"));
       FSheet.Sizing().SetOutlineSummaryRight(IsSummaryFlagOn(FReader.Attributes(), "summaryRight"));
     }
     FReader.SkipElement();
-  });
+  }
 }
 
 void TXlsxSheetReader::ReadFormat() {
@@ -224,6 +227,7 @@ void TXlsxSheetReader::ReadColumns() {
   columns.Level = XlsxAttrInt(attributes, "outlineLevel", 0);
   columns.IsHidden = XlsxAttrIsOn(attributes, "hidden");
   columns.IsCollapsed = XlsxAttrIsOn(attributes, "collapsed");
+  if (FReport.IsWanted() && XlsxAttrInt(attributes, "style", 0) != 0) ++FLineFormats;
   if (columns.First <= columns.Last) FColumns.push_back(columns);
   FReader.SkipElement();
 }
@@ -272,6 +276,7 @@ void TXlsxSheetReader::ReadRowGeometry(int32_t ARow) {
   if (const int32_t level = XlsxAttrInt(attributes, "outlineLevel", 0); level > 0)
     sizing.SetRowOutlineLevel(ARow, level);
   if (XlsxAttrIsOn(attributes, "collapsed")) sizing.SetRowCollapsed(ARow, true);
+  if (FReport.IsWanted() && XlsxAttrIsOn(attributes, "customFormat")) ++FLineFormats;
 }
 
 // ---- merges and links
@@ -292,18 +297,21 @@ void TXlsxSheetReader::ReadHyperlink() {
     throw ELimit(FReader.PartName() + ": more than " + std::to_string(kMaxWideLinks) + " links cover more than " +
                  std::to_string(kWideLinkCells) + " cells each");
   }
+  if (!XlsxAttr(attributes, "tooltip").empty()) FReport.Drop("tip of a link");
   if (XlsxIsRange(link.Range)) FLinks.push_back(std::move(link));
   FReader.SkipElement();
 }
 
 void TXlsxSheetReader::ApplyLinksAndFilter(const TXlsxRelationships& ARelationships) {
   for (const TLink& link : FLinks) {
-    std::string_view target = link.Location;
-    if (target.empty()) {
-      const TXlsxRelationship* const relationship = ARelationships.Find(link.RelationshipId);
-      if (relationship) target = XlsxTrim(relationship->Target);
+    TText target = XlsxText(link.Location);
+    if (const TXlsxRelationship* const relationship = ARelationships.Find(link.RelationshipId)) {
+      if (target.IsEmpty())
+        target = TText::FromUtf8(XlsxTrim(relationship->Target));
+      else
+        FReport.Drop("address of a link", 1, "it names a place as well, which is kept");
     }
-    if (!target.empty()) FSheet.Hyperlinks().SetHyperlinkRange(link.Range, TText::FromUtf8(target));
+    if (!target.IsEmpty()) FSheet.Hyperlinks().SetHyperlinkRange(link.Range, target);
   }
   FFilter.ApplyTo(FFilter.Range, FSheet.AutoFilter());
 }

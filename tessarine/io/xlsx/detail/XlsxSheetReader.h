@@ -109,6 +109,7 @@ class TXlsxSheetReader {
   TXlsxAutoFilter FFilter;
   std::vector<TLink> FLinks;
   size_t FWideLinks = 0;
+  uint64_t FLineFormats = 0;  // of whole rows and columns, counted for the report
   int32_t FRowPosition = 0;
   size_t FSteps = 0;
 };

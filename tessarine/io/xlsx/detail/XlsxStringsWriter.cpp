@@ -1,18 +1,18 @@
 #include <tessarine/io/xlsx/detail/XlsxStringsWriter.h>
 
 #include <charconv>
+#include <cmath>
 #include <iterator>
 
 #include <tessarine/core/format/Theme.h>
 #include <tessarine/io/xlsx/detail/XlsxMarkupWriter.h>
 #include <tessarine/platform/Progress.h>
-#include <tessarine/platform/XmlText.h>
 
 namespace tessarine::detail {
 
 namespace {
 
-constexpr int32_t kItemsPerPoll = 8192;
+constexpr int32_t kItemsPerReport = 8192;
 constexpr size_t kBytesPerItem = 48;  // about; once some are written, these tell
 
 /// A size with the fewest digits that read back to it.
@@ -60,43 +60,20 @@ void AppendRunFont(const TRichStringRun& ARun, std::string& AOut) {
   }
   if (ARun.HasName) {
     AOut += "<rFont";
-    AppendXlsxAttr("val", ARun.Font.Name, AOut);
+    AppendXlsxTextAttr("val", ARun.Font.Name, AOut);
     AOut += "/>";
   }
   if (ARun.HasScript) AppendScript(ARun.Font.Script, AOut);
   AOut += "</rPr>";
 }
 
-/// `<t>text</t>` for a text without escapes and blanks at its ends, which is nearly every one: nothing in it asks for
-/// the attribute then. False, with AOut as it was, for any other.
-bool TryAppendPlainText(std::u16string_view AText, std::string& AOut) {
-  if (AText.starts_with(u' ') || AText.ends_with(u' ')) return false;
-  const size_t start = AOut.size();
-  AOut += "<t>";
-  if (!TryAppendPlain(AText, AOut)) {
-    AOut.resize(start);
-    return false;
-  }
-  AOut += "</t>";
-  return true;
-}
-
-void AppendStringText(std::u16string_view AText, std::string& AOut) {
-  if (TryAppendPlainText(AText, AOut)) return;
-  AOut += "<t";
-  AppendXlsxSpace(AText, AOut);
-  AOut += '>';
-  AppendXlsxText(AText, AOut);
-  AOut += "</t>";
-}
-
 void AppendItem(const TSharedStringItem& AItem, std::string& AOut) {
   AOut += "<si>";
-  if (!AItem.IsRich) AppendStringText(AItem.Text, AOut);
+  if (!AItem.IsRich) AppendXlsxSpacedElement("t", AItem.Text, AOut);
   for (const TRichStringRun& run : AItem.Runs) {
     AOut += "<r>";
     if (run.HasFont) AppendRunFont(run, AOut);
-    AppendStringText(run.Text, AOut);
+    AppendXlsxSpacedElement("t", run.Text, AOut);
     AOut += "</r>";
   }
   AOut += "</si>";
@@ -112,7 +89,7 @@ TRichStringRun StringRun(const TRichTextRun& ARun, const TCellFontInfo& ABase, c
   const TCellFontInfo& font = run.Font;
   const TCellFontInfo base = AIsLiteral ? TCellFontInfo() : ABase;
   run.HasName = !font.Name.IsEmpty();
-  run.HasSize = font.Size != 0;
+  run.HasSize = font.Size > 0 && std::isfinite(font.Size);
   run.HasBold = font.Bold || base.Bold;
   run.HasItalic = font.Italic || base.Italic;
   run.HasStrike = font.Strikethrough || base.Strikethrough;
@@ -144,7 +121,7 @@ std::string XlsxStringsPart(const TSharedStringTable& ATable, const TWorkControl
   out += '>';
   const auto count = static_cast<size_t>(ATable.Count());
   for (int32_t index = 0; index < ATable.Count(); ++index) {
-    if (index % kItemsPerPoll == 0) {
+    if (index % kItemsPerReport == 0) {
       AControl.CheckStop();
       ReserveForRest(static_cast<size_t>(index), count, out.size(), kBytesPerItem, out);
     }

@@ -132,7 +132,7 @@ void TXlsxStylesReader::ParseNumFmts(const TXmlNode* ANode) {
   for (const TXmlNode* format : TXmlElements(ANode)) {
     if (!XmlLocalNameIs(format, "numFmt")) continue;
     const int32_t id = XmlAttrInt(format, "numFmtId", -1);
-    if (id >= 0) FStyleSheet.RegisterNumFmt(id, TText::FromUtf8(XmlAttr(format, "formatCode")));
+    if (id >= 0) FStyleSheet.RegisterNumFmt(id, XlsxText(XmlAttr(format, "formatCode")));
   }
 }
 

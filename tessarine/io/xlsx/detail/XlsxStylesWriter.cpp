@@ -109,14 +109,14 @@ void AppendFont(const TCellFontInfo& AFont, std::string& AOut) {
   if (AFont.Strikethrough) AOut += "<strike/>";
   if (AFont.Underline == usDouble) AOut += "<u val=\"double\"/>";
   if (AFont.Underline == usSingle) AOut += "<u/>";
-  if (AFont.Size != 0 && std::isfinite(AFont.Size)) {
+  if (AFont.Size > 0 && std::isfinite(AFont.Size)) {
     AOut += "<sz val=\"";
     AppendShortDecimal(static_cast<double>(AFont.Size), 2, AOut);
     AOut += "\"/>";
   }
   AppendColor("color", AFont.Color, AOut);
   AOut += "<name";
-  AppendXlsxAttr("val", AFont.Name.IsEmpty() ? DefaultFontName().View() : AFont.Name.View(), AOut);
+  AppendXlsxTextAttr("val", AFont.Name.IsEmpty() ? DefaultFontName().View() : AFont.Name.View(), AOut);
   AOut += "/></font>";
 }
 
@@ -237,7 +237,7 @@ size_t TXlsxStylesWriter::NumberFormatId(const TText& ACode) {
   found->second = kFirstCustomFormat + FCustomFormats++;
   FNumberFormatXml += "<numFmt";
   AppendXlsxInt("numFmtId", static_cast<int64_t>(found->second), FNumberFormatXml);
-  AppendXlsxAttr("formatCode", code, FNumberFormatXml);
+  AppendXlsxTextAttr("formatCode", code, FNumberFormatXml);
   FNumberFormatXml += "/>";
   return found->second;
 }

@@ -35,14 +35,24 @@ std::vector<TText> ReadColumnNames(const TXmlNode* AColumns) {
   for (const TXmlNode* column : TXmlElements(AColumns)) {
     if (!XmlLocalNameIs(column, "tableColumn")) continue;
     const std::string standIn = "Column" + std::to_string(names.size() + 1);
-    names.push_back(TText::FromUtf8(XmlAttr(column, "name", standIn)));
+    names.push_back(XlsxText(XmlAttr(column, "name", standIn)));
   }
   return names;
 }
 
+/// What a table puts into new rows and its totals by itself.
+void ReportColumnFormulas(const TXmlNode* AColumns, const TXlsxReport& AReport) {
+  uint64_t count = 0;
+  for (const TXmlNode* column : TXmlElements(AColumns)) {
+    if (XmlFindChild(column, "calculatedColumnFormula")) ++count;
+    if (XmlHasAttr(column, "totalsRowFunction")) ++count;
+  }
+  AReport.Drop("column formula of a table", count, "its cells have theirs");
+}
+
 void ApplyStyle(const TXmlNode* AStyle, TSheetTable& ATable) {
   if (!AStyle) return;
-  ATable.SetStyleName(TText::FromUtf8(XmlAttr(AStyle, "name")));
+  ATable.SetStyleName(XlsxText(XmlAttr(AStyle, "name")));
   if (XmlHasAttr(AStyle, "showRowStripes"))
     ATable.SetShowRowStripes(XlsxAttrIsOn(AStyle->Attributes, "showRowStripes"));
   if (XmlHasAttr(AStyle, "showColumnStripes"))
@@ -83,8 +93,8 @@ TSheetTable* ReadTable(const TXmlNode* ARoot, std::string_view APartName, TXlsxB
   TXlsxBudget::Take(
       ABudget.TableColumns, static_cast<size_t>(range.Width()), [&] { return ForMessage(APartName); },
       "the columns of all tables");
-  auto table = std::make_unique<TSheetTable>(TText::FromUtf8(name), range);
-  table->SetDisplayName(TText::FromUtf8(XmlAttr(ARoot, "displayName", name)));
+  auto table = std::make_unique<TSheetTable>(XlsxText(name), range);
+  table->SetDisplayName(XlsxText(XmlAttr(ARoot, "displayName", name)));
   table->SetHasHeaderRow(XmlAttrInt(ARoot, "headerRowCount", 1) > 0);
   table->SetHasTotalsRow(XmlAttrInt(ARoot, "totalsRowCount", 0) > 0);
   table->SetShowAutoFilter(XmlFindChild(ARoot, "autoFilter") != nullptr);
@@ -104,6 +114,7 @@ void ReadXlsxTables(const TXlsxPackage& APackage, std::string_view ASheetPart, c
     if (bytes.IsEmpty()) continue;
     const TXmlTree tree(bytes.Text(), part, APackage.Limits());
     const TSheetTable* const table = ReadTable(tree.Root(), part, ABudget, ASheet);
+    if (table && AReport.IsWanted()) ReportColumnFormulas(XmlFindChild(tree.Root(), "tableColumns"), AReport);
     if (!table || !table->ShowAutoFilter() || !table->HasHeaderRow()) continue;
     const TXlsxAutoFilter filter = ReadTableFilter(bytes.Text(), part, APackage.Limits(), AReport);
     ApplyTableFilter(filter, *table, ASheet, AReport);

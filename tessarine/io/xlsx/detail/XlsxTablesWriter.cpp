@@ -40,7 +40,7 @@ void AppendColumns(const TSheetTable& ATable, bool AIsLiteral, std::string& AOut
     if (name.empty()) name = u"Column" + GeneralNumberText(number);
     AOut += "<tableColumn";
     AppendXlsxInt("id", number, AOut);
-    AppendXlsxAttr("name", AIsLiteral ? name : names.Take(name), AOut);
+    AppendXlsxTextAttr("name", AIsLiteral ? name : names.Take(name), AOut);
     AOut += "/>";
   }
   AOut += "</tableColumns>";
@@ -88,8 +88,8 @@ std::string XlsxTablePart(const TXlsxTable& ATable, bool AIsLiteral) {
   std::string out(kXmlHead);
   ((out += "<table xmlns=\"") += kXlsxMainNamespace) += '"';
   AppendXlsxInt("id", ATable.Number, out);
-  AppendXlsxAttr("name", ATable.Name, out);
-  AppendXlsxAttr("displayName", ATable.DisplayName, out);
+  AppendXlsxTextAttr("name", ATable.Name, out);
+  AppendXlsxTextAttr("displayName", ATable.DisplayName, out);
   AppendXlsxRef("ref", range, out);
   AppendXlsxBool("headerRowCount", table.HasHeaderRow(), out);
   AppendXlsxBool("totalsRowCount", table.HasTotalsRow(), out);
@@ -103,7 +103,7 @@ std::string XlsxTablePart(const TXlsxTable& ATable, bool AIsLiteral) {
   }
   AppendColumns(table, AIsLiteral, out);
   out += "<tableStyleInfo";
-  AppendXlsxAttr("name", table.StyleName().IsEmpty() ? kDefaultStyle : table.StyleName().View(), out);
+  AppendXlsxTextAttr("name", table.StyleName().IsEmpty() ? kDefaultStyle : table.StyleName().View(), out);
   out += " showFirstColumn=\"0\" showLastColumn=\"0\"";
   AppendXlsxBool("showRowStripes", table.ShowRowStripes(), out);
   AppendXlsxBool("showColumnStripes", table.ShowColumnStripes(), out);

@@ -14,9 +14,6 @@ namespace tessarine::detail {
 
 namespace {
 
-constexpr std::string_view kSlotNames[] = {
-    "dk1", "lt1", "dk2", "lt2", "accent1", "accent2", "accent3", "accent4", "accent5", "accent6", "hlink", "folHlink",
-};
 constexpr size_t kFewestColors = 4;
 
 /// The last six digits of a colour's text; opaque black for what is no colour.
@@ -36,7 +33,7 @@ uint32_t ReadSlotColor(const TXmlNode* ASlot) {
 void ReadColors(const TXmlNode* AScheme, TTessarineTheme& ATheme) {
   std::vector<uint32_t> colors;
   for (const TXmlNode* slot : TXmlElements(AScheme)) {
-    const bool isSlot = std::any_of(std::begin(kSlotNames), std::end(kSlotNames),
+    const bool isSlot = std::any_of(std::begin(kXlsxThemeSlots), std::end(kXlsxThemeSlots),
                                     [slot](std::string_view AName) { return XmlLocalNameIs(slot, AName); });
     if (isSlot) colors.push_back(ReadSlotColor(slot));
   }

@@ -6,15 +6,12 @@
 
 #include <tessarine/core/format/Theme.h>
 #include <tessarine/io/xlsx/detail/XlsxMarkupWriter.h>
+#include <tessarine/io/xlsx/detail/XlsxTheme.h>
 #include <tessarine/platform/Dates.h>
 
 namespace tessarine::detail {
 
 namespace {
-
-constexpr std::string_view kSlotNames[] = {
-    "dk1", "lt1", "dk2", "lt2", "accent1", "accent2", "accent3", "accent4", "accent5", "accent6", "hlink", "folHlink",
-};
 
 constexpr std::string_view kFormatScheme =
     "<a:fmtScheme name=\"Office\">"
@@ -50,12 +47,12 @@ constexpr std::string_view kFormatScheme =
 
 void AppendColors(const TTessarineTheme& ATheme, std::string& AOut) {
   AOut += "<a:clrScheme name=\"Office\">";
-  for (size_t slot = 0; slot < std::size(kSlotNames); ++slot) {
+  for (size_t slot = 0; slot < std::size(kXlsxThemeSlots); ++slot) {
     std::string color;
     AppendXlsxRgb(slot < ATheme.Colors().size() ? ATheme.Colors()[slot] : 0, color);
-    ((AOut += "<a:") += kSlotNames[slot]) += "><a:srgbClr";
+    ((AOut += "<a:") += kXlsxThemeSlots[slot]) += "><a:srgbClr";
     AppendXlsxWord("val", std::string_view(color).substr(2), AOut);
-    ((AOut += "/></a:") += kSlotNames[slot]) += '>';
+    ((AOut += "/></a:") += kXlsxThemeSlots[slot]) += '>';
   }
   AOut += "</a:clrScheme>";
 }

@@ -60,6 +60,19 @@ TText OperandText(std::string_view AText) {
   return TText(std::move(unwrapped));
 }
 
+/// A literal list with each quote in it once, as the list shows it. Anything else as it is.
+TText ListOperand(const TText& AOperand) {
+  const std::u16string_view text = AOperand;
+  if (text.size() < 2 || text.front() != u'"' || text.back() != u'"') return AOperand;
+  std::u16string literal = u"\"";
+  for (size_t at = 1; at + 1 < text.size(); ++at) {
+    literal += text[at];
+    if (text[at] != u'"') continue;
+    if (at + 2 >= text.size() || text[++at] != u'"') return AOperand;
+  }
+  return TText(literal += u'"');
+}
+
 void ReadValidationTexts(TXmlAttributes AAttributes, TDataValidationRule& ARule) {
   ARule.PromptTitle = XlsxText(XlsxAttr(AAttributes, "promptTitle"));
   ARule.Prompt = XlsxText(XlsxAttr(AAttributes, "prompt"));
@@ -82,7 +95,8 @@ void ReadValidationOperands(TXmlReader& AReader, TDataValidationRule& ARule) {
       continue;
     }
     ReadXlsxText(AReader, text);
-    (isFirst ? ARule.Formula1 : ARule.Formula2) = OperandText(text);
+    const TText operand = OperandText(text);
+    (isFirst ? ARule.Formula1 : ARule.Formula2) = ARule.ValidationType == dvtList ? ListOperand(operand) : operand;
   }
 }
 

@@ -35,7 +35,7 @@ constexpr std::string_view kWorkbookPart = "xl/workbook.xml";
 constexpr int32_t kFileDpi = 96;  // what column widths in files mean
 
 /// How much of a load the parts before the sheets are taken for.
-constexpr double kFrontFraction = 0.1;
+constexpr double kLoadFrontFraction = 0.1;
 
 /// Leaves a sheet as it was when it was added.
 void EmptySheet(TWorksheet& ASheet, double ADigitWidth) {
@@ -159,7 +159,7 @@ void TXlsxWorkbookReader::ReadSheets(const TXmlNode* AWorkbook) {
   parts.emplace_back();
   for (size_t index = 0; index < sheets.size(); ++index) {
     FOptions.Control.CheckStop();
-    TWorksheet& sheet = FWorkbook.AddSheet(XmlAttr(sheets[index], "name", "Sheet1"));
+    TWorksheet& sheet = FWorkbook.AddSheet(XlsxText(XmlAttr(sheets[index], "name", "Sheet1")));
     sheet.SetVisibility(VisibilityFromState(XmlAttr(sheets[index], "state")));
     sheet.Sizing().SetMaxDigitWidth(FDigitWidth);
     if (!parts[index].empty()) LoadSheet(sheet, parts[index], parts[index + 1]);
@@ -203,8 +203,8 @@ void TXlsxWorkbookReader::ReadSheetPart(TWorksheet& ASheet, std::string_view ABy
 
 void TXlsxWorkbookReader::ReportSheet(double AFraction, std::string_view APartName) const {
   const double done = FWorkbook.SheetCount() - 1 + AFraction;
-  FOptions.Control.Report(ppLoading, kFrontFraction + (1 - kFrontFraction) * done / static_cast<double>(FSheetTotal),
-                          APartName);
+  FOptions.Control.Report(
+      ppLoading, kLoadFrontFraction + (1 - kLoadFrontFraction) * done / static_cast<double>(FSheetTotal), APartName);
 }
 
 void TXlsxWorkbookReader::ChooseActiveSheet(const TXmlNode* AWorkbook) {

@@ -44,7 +44,7 @@ constexpr int32_t kThemeId = 997;
 constexpr int32_t kStringsId = 998;
 constexpr int32_t kStylesId = 999;
 
-constexpr double kFrontFraction = 0.2;  // of a save, what comes before the sheets
+constexpr double kSaveFrontFraction = 0.2;  // of a save, what comes before the sheets
 
 std::string RelationshipId(int32_t ANumber) { return "rId" + std::to_string(ANumber); }
 std::string SheetName(int32_t ANumber) { return "xl/worksheets/sheet" + std::to_string(ANumber) + ".xml"; }
@@ -195,7 +195,7 @@ std::string TXlsxWorkbookWriter::SheetPart(int32_t AIndex, double ADoneCells, do
   const auto report = [&](double AFraction) {
     FOptions.Control.CheckStop();
     const double done = (ADoneCells + AFraction * cells) / AAllCells;
-    FOptions.Control.Report(ppSaving, kFrontFraction + (1 - kFrontFraction) * done, name);
+    FOptions.Control.Report(ppSaving, kSaveFrontFraction + (1 - kSaveFrontFraction) * done, name);
   };
   report(0);
   TXlsxSheetWriter writer(FWorkbook, sheet,
@@ -250,7 +250,7 @@ std::string TXlsxWorkbookWriter::WorkbookPart() const {
   for (int32_t index = 0; index < FWorkbook.SheetCount(); ++index) {
     const TWorksheet& sheet = *FWorkbook.GetSheet(index);
     out += "<sheet";
-    AppendXlsxAttr("name", sheet.Name(), out);
+    AppendXlsxTextAttr("name", sheet.Name(), out);
     AppendXlsxInt("sheetId", index + 1, out);
     if (const std::string_view state = StateWord(sheet.Visibility()); !state.empty())
       AppendXlsxWord("state", state, out);
