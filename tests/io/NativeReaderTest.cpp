@@ -180,6 +180,14 @@ TEST(NativeReader, AFailureKeepsWhatStandsBeforeIt) {
   EXPECT_FALSE(book.FindNamedFormula("B"));
   EXPECT_TRUE(book.IsModified());
 
+  EXPECT_NE(Thrown([&] {
+              LoadNative(book,
+                         OneSheet(R"("sizing":{"outlineSummaryBelow":1,"defaultColWidth":9,"defaultRowHeight":33})"));
+            }),
+            "nothing");
+  EXPECT_EQ(book.GetSheet(0)->Sizing().DefaultColWidth(), 9);
+  EXPECT_EQ(book.GetSheet(0)->Sizing().DefaultRowHeight(), 33);
+
   EXPECT_NE(Thrown([&] { LoadNative(book, R"({"sheets":[{}],"theme":{"minorFont":1}})"); }), "nothing");
   EXPECT_EQ(book.SheetCount(), 0);
   EXPECT_FALSE(book.IsModified());
@@ -274,7 +282,7 @@ TEST(NativeFiles, SavingAndLoading) {
   TTsrIO::LoadFromFile(book, name);
   EXPECT_EQ(told, 1);
   EXPECT_FALSE(book.IsModified());
-  EXPECT_EQ(test::DumpCells(*book.GetSheet(0)), "A1=0 B1='a\xEF\xBF\xBDz");
+  EXPECT_EQ(test::DumpCells(*book.GetSheet(0)), "A1=#NUM! B1='a\xEF\xBF\xBDz");
   EXPECT_EQ(Thrown([&] { TTsrIO::LoadFromFile(book, folder.Path("none")); }),
             "other: File not found: " + folder.Path("none"));
 

@@ -90,6 +90,8 @@ void FillSizing(TNativeRandom& ARandom, TRowColSizing& ASizing) {
     ASizing.SetRowCollapsed(line, ARandom.Flip());
     ASizing.SetColCollapsed(line + 2, ARandom.Flip());
   }
+  ASizing.SetRowHidden(kMaxRow + 3, true);  // pushed off the sheet
+  ASizing.SetColWidthChars(0, 3);
   ASizing.SetDefaultColWidth(9.5);
   ASizing.SetDefaultRowHeight(16.25);
   ASizing.SetOutlineSummaryBelow(ARandom.Flip());
@@ -214,7 +216,7 @@ void ExpectSameSheet(const TWorksheet& ALeft, const TWorksheet& ARight) {
   EXPECT_EQ(ALeft.Drawings().Bag().Parts(), ARight.Drawings().Bag().Parts());
   EXPECT_EQ(ALeft.Hyperlinks().Count(), ARight.Hyperlinks().Count());
   EXPECT_EQ(ALeft.FindHyperlink(9, 5000), ARight.FindHyperlink(9, 5000));
-  EXPECT_EQ(ALeft.Sizing().MarkedRows(), ARight.Sizing().MarkedRows());
+  EXPECT_EQ(ALeft.Sizing().MarkedRows(true), ARight.Sizing().MarkedRows(true));
   EXPECT_EQ(ALeft.Visibility(), ARight.Visibility());
 }
 

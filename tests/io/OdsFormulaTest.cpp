@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tessarine/io/ods/detail/OdsAddress.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
 #include <tessarine/io/ods/detail/OdsUnits.h>
 #include <tessarine/platform/Unicode.h>

@@ -165,7 +165,10 @@ TEST(OdsCells, HaveTextWithBlanksBreaksLinksAndFonts) {
       {"a<text:s text:c='3'/>b<text:s/>c<text:tab/>d<text:line-break/>e", "A1='a   b c\td\r\ne"},
       {"\n  a\n   b  c <text:s/>\n", "A1='a b  c  "},
       {"a<text:span text:style-name='T1'>b</text:span>c", "A1='a/b/c"},
-      {"<text:span text:style-name='T2'>a</text:span>b", "A1='ab"},
+      {"<text:span text:style-name='T2'>a</text:span>b", "A1='a/b"},
+      {"<text:span text:style-name='T1'>a</text:span><text:span text:style-name='T1'/>"
+       "<text:span text:style-name='T1'>b</text:span></text:p><text:p><text:span text:style-name='T1'>c</text:span>",
+       "A1='a/b\r\nc"},
       {"a<text:span>b<text:date>c</text:date></text:span>", "A1='abc"},
   };
   for (const auto& row : cases) {

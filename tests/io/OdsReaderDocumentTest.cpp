@@ -10,6 +10,7 @@
 #include <tessarine/core/lists/Drawings.h>
 #include <tessarine/core/lists/SheetTables.h>
 #include <tessarine/io/FileReport.h>
+#include <tessarine/io/ods/detail/OdsChartReader.h>
 #include <tessarine/io/ods/detail/OdsValidationReader.h>
 #include <tessarine/platform/Errors.h>
 
@@ -276,6 +277,12 @@ TEST(OdsCharts, AreReadFromTheirOwnTable) {
   EXPECT_TRUE(first.Labels.ShowVal && first.Labels.ShowCatName && !first.Labels.ShowPercent);
   EXPECT_EQ(drawing.Series[1].Values, (std::vector<double>{2.5, 0}));
   EXPECT_TRUE(drawing.Series[1].ValuesFormula.IsEmpty() && drawing.Series[2].Values.empty());
+
+  size_t points = 5;  // of the first series with its categories, and not all of the second
+  TSheetDrawing limited;
+  detail::TOdsChartReader reader({}, points);
+  EXPECT_TRUE(reader.Read(chart, "chart", limited) && reader.HasLeftOut() && points == 1);
+  EXPECT_TRUE(limited.Series.size() == 3 && limited.Series[0].Values.size() == 2 && limited.Series[1].Values.empty());
 
   const TOdsBuilder damaged = TOdsBuilder()
                                   .Part("Object 1/content.xml", "<x>")

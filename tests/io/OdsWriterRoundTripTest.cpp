@@ -169,24 +169,35 @@ TEST(OdsRoundTrip, KeepsWhatLiesOverCells) {
   TWorkbook book;
   book.AddSheet(u"Hidden").SetVisibility(svHidden);
   TWorksheet& sheet = *book.GetSheet(0);
+  sheet.SetProtected(true);
   sheet.MergeRange({2, 2, 4, 5});
   sheet.SetValue({3, 3}, TCellValue::FromText(u"covered"));
   sheet.SetValue({1, 9}, TCellValue::FromNumber(4));
   sheet.SetHyperlink(1, 9, u"https://example.org/?a=1&b=2");
   TCell rich;
-  rich.Value = TCellValue::FromText(u"red\n  bold\r\n");
-  rich.RichText = {{u"red\n ", {}}, {u" bold\r\n", {}}};
+  rich.HasFormatOverride = true;
+  TCellFontInfo& own = rich.FormatOverride.Font;
+  own.Underline = usDouble;
+  own.Strikethrough = true;
+  own.Script = spSubscript;
+  rich.Value = TCellValue::FromText(u"red\n  bold\r\nasas");
+  rich.RichText = {{u"red\n ", {}}, {u" bold\r\n", {}}, {u"as", own}, {u"as", own}};
   rich.RichText[0].Font.Color = TColorRef::FromARGB(0xFFFF0000);
   rich.RichText[1].Font.Bold = true;
   sheet.SetCell({6, 1}, rich);
+  rich.RichText = {{rich.Value.Text, own}};
+  sheet.SetCell({6, 2}, rich);
+  rich.Value = TCellValue::FromText(u"a\r\nb");
+  rich.RichText = {{u"a\r", {}}, {u"\nb", own}};
+  sheet.SetCell({6, 3}, rich);
   TDataValidationRule rule;
   rule.Name = u"rule";
-  rule.Ranges = {{7, 1, 7, kMaxRow}, {9, 4, 300, 4}};
+  rule.Ranges = {{9, 4, 300, 4}, {7, 1, 7, kMaxRow}};
   rule.ValidationType = dvtDecimal;
   rule.Operator = dvoGreaterEqual;
   rule.Formula1 = u"= $A$1";
   rule.ShowErrorMessage = true;
-  rule.Error = u"two \r\n  lines\t";
+  rule.Error = u"two \r\n  lines\n\t";
   rule.ErrorStyle = dvesWarning;
   sheet.Validations().AddRule(rule);
   rule = {};
@@ -224,12 +235,14 @@ TEST(OdsRoundTrip, KeepsWhatLiesOverCells) {
   TWorkbook loaded;
   Reload(book, loaded);
   const TWorksheet& read = *loaded.GetSheet(0);
+  EXPECT_TRUE(read.IsProtected() && !loaded.GetSheet(1)->IsProtected());
   ASSERT_EQ(read.Merges().Count(), 1u);
   EXPECT_EQ(read.Merges().GetItem(0).AsRange(), (TCellRange{2, 2, 4, 5}));
   EXPECT_EQ(read.GetEffectiveValue({3, 3}).Text, u"covered");
   EXPECT_EQ(read.FindHyperlink(1, 9), TText(u"https://example.org/?a=1&b=2"));
   EXPECT_EQ(read.GetEffectiveValue({1, 9}).Number, 4);
-  EXPECT_TRUE(read.GetCell({6, 1}).RichText == rich.RichText);
+  EXPECT_EQ(read.GetCell({6, 3}).Value.Text, u"a\r\nb");
+  for (const int32_t row : {1, 2}) EXPECT_TRUE(read.GetCell({6, row}).RichText == sheet.GetCell({6, row}).RichText);
   ASSERT_EQ(read.Validations().Count(), sheet.Validations().Count());
   for (size_t i = 0; i < sheet.Validations().Count(); ++i)
     EXPECT_TRUE(read.Validations().GetRule(i) == sheet.Validations().GetRule(i)) << i;
@@ -277,14 +290,27 @@ TEST(OdsRoundTrip, KeepsDrawings) {
   line.PresetGeom = u"line";
   line.FlipV = true;
   line.HasFill = false;
-  for (const TSheetChartType type : {sctColumn, sctBar, sctPie, sctLine, sctDoughnut}) {
+  for (const TSheetChartType type :
+       {sctColumn, sctBar, sctPie, sctLine, sctDoughnut, sctScatter, sctBubble, sctBubble}) {
     TSheetDrawing& chart = add(sdkChart);
     chart.ChartType = type;
     chart.Title = u"Title";
+    chart.ChartValueAxis.Title = u"Mio & more";
+    chart.ChartIs3D = type == sctBar;
     chart.Series.resize(1);
     chart.Series[0].Title = u"first";
     chart.Series[0].Values = {1, -2.5};
-    chart.Series[0].Categories = {u"x", u"y"};
+    if (type != sctScatter && type != sctBubble) {
+      chart.Series[0].Categories = {u"x", u"y"};
+      continue;
+    }
+    chart.Series[0].XValues = {3, 4};
+    if (type == sctScatter) continue;
+    chart.Series[0].Sizes = {5, 6};
+    if (list.Count() % 2 == 0) continue;  // one has its own table, the other the sheet's cells
+    chart.Series[0].ValuesFormula = u"Sheet1!$B$1:$B$2";
+    chart.Series[0].XValuesFormula = u"Sheet1!$A$1:$A$2";
+    chart.Series[0].SizesFormula = u"Sheet1!$C$1:$C$2";
   }
   TWorkbook loaded;
   Reload(book, loaded);
@@ -297,12 +323,16 @@ TEST(OdsRoundTrip, KeepsDrawings) {
     EXPECT_TRUE(is.ContentType == was.ContentType && is.Text == was.Text && is.Title == was.Title) << i;
     EXPECT_TRUE(is.Rotation == was.Rotation && is.FlipH == was.FlipH && is.FlipV == was.FlipV)
         << i << " " << is.Rotation;
-    EXPECT_EQ(is.ChartType, was.ChartType) << i;
+    EXPECT_TRUE(is.ChartType == was.ChartType && is.ChartIs3D == was.ChartIs3D) << i;
+    EXPECT_EQ(is.ChartValueAxis.Title, was.ChartValueAxis.Title) << i;
     EXPECT_NEAR(static_cast<double>(is.Anchor.PosXEmu), static_cast<double>(was.Anchor.PosXEmu), 1000) << i;
     EXPECT_NEAR(static_cast<double>(is.Anchor.ExtCyEmu), static_cast<double>(was.Anchor.ExtCyEmu), 1000) << i;
     ASSERT_EQ(is.Series.size(), was.Series.size()) << i;
     if (was.Series.empty()) continue;
     EXPECT_EQ(is.Series[0].Values, was.Series[0].Values) << i;
+    EXPECT_EQ(is.Series[0].XValues, was.Series[0].XValues) << i;
+    EXPECT_EQ(is.Series[0].Sizes, was.Series[0].Sizes) << i;
+    EXPECT_EQ(is.Series[0].SizesFormula, was.Series[0].SizesFormula) << i;
     EXPECT_EQ(is.Series[0].Categories, was.Series[0].Categories) << i;
     EXPECT_EQ(is.Series[0].Title, was.Series[0].Title) << i;
   }

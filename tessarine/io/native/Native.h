@@ -27,8 +27,9 @@ struct TTsrWriteOptions {
 
 /// Loads and saves native documents (.tsr): one JSON text in UTF-8 that holds a workbook with all of its sheets, field
 /// by field. Not kept are sparklines and spilled values (the next recalculation brings them back), the records, field
-/// formats and slicer filters of pivot caches, calculated fields, groups, filters and sorting of pivot tables, members
-/// and measures of cube connections, a chart's link to a pivot table and its data table, and texts of web functions.
+/// formats and slicer filters of pivot caches, calculated fields, groups, filters, sorting and the covered cells of
+/// pivot tables, members and measures of cube connections, a chart's link to a pivot table and its data table, and
+/// texts of web functions.
 class TESSARINE_API TTsrIO {
  public:
   /// Replaces everything that the workbook holds but its providers; what the document lacks gets its default. A text

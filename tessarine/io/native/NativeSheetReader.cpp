@@ -200,16 +200,17 @@ void TNativeSheetReader::ReadHead(TNativeFieldReader& AReader) {
 void TNativeSheetReader::ReadSizing(TJsonPlace ASizing) {
   TRowColSizing& sizing = FSheet->Sizing();
   sizing.Clear();
-  TNativeSizing plain;
-  plain.DefaultColWidth = sizing.DefaultColWidth();
-  plain.DefaultRowHeight = sizing.DefaultRowHeight();
   TNativeObject object(FDocument, ASizing);
   TNativeFieldReader reader(FDocument, object);
-  VisitNativeFields(reader, plain);
-  sizing.SetDefaultColWidth(plain.DefaultColWidth);
-  sizing.SetDefaultRowHeight(plain.DefaultRowHeight);
-  sizing.SetOutlineSummaryBelow(plain.OutlineSummaryBelow);
-  sizing.SetOutlineSummaryRight(plain.OutlineSummaryRight);
+  // One after another: after a field of a wrong type those ahead of it stand.
+  const auto read = [&](std::string_view AName, auto AValue, auto ASet) {
+    reader(AName, AValue);
+    (sizing.*ASet)(AValue);
+  };
+  read("defaultColWidth", sizing.DefaultColWidth(), &TRowColSizing::SetDefaultColWidth);
+  read("defaultRowHeight", sizing.DefaultRowHeight(), &TRowColSizing::SetDefaultRowHeight);
+  read("outlineSummaryBelow", true, &TRowColSizing::SetOutlineSummaryBelow);
+  read("outlineSummaryRight", true, &TRowColSizing::SetOutlineSummaryRight);
   for (const TSizingMap& map : kSizingMaps) {
     ForEachFirstMember(FDocument, object.FindObject(map.Name), [&](std::string_view AKey, TJsonPlace AValue) {
       map.Set(sizing, LineOf(AKey), FDocument.Json().SpellingOf(AValue));

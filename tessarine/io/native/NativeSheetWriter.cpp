@@ -192,11 +192,12 @@ void TNativeSheetWriter::WriteHead(const TWorksheet& ASheet) {
 void TNativeSheetWriter::WriteSizing(const TRowColSizing& ASizing) {
   FJson.Name("sizing");
   FJson.BeginObject();
-  const TNativeSizing plain{ASizing.DefaultColWidth(), ASizing.DefaultRowHeight(), ASizing.OutlineSummaryBelow(),
-                            ASizing.OutlineSummaryRight()};
-  VisitNativeFields(FFields, plain);
-  const std::vector<int32_t> rows = ASizing.MarkedRows();
-  const std::vector<int32_t> cols = ASizing.MarkedCols();
+  FFields("defaultColWidth", ASizing.DefaultColWidth());
+  FFields("defaultRowHeight", ASizing.DefaultRowHeight());
+  FFields("outlineSummaryBelow", ASizing.OutlineSummaryBelow());
+  FFields("outlineSummaryRight", ASizing.OutlineSummaryRight());
+  const std::vector<int32_t> rows = ASizing.MarkedRows(true);
+  const std::vector<int32_t> cols = ASizing.MarkedCols(true);
   for (const TWrittenSizingMap& map : kWrittenSizingMaps) {
     FJson.Name(map.Name);
     FJson.BeginObject();

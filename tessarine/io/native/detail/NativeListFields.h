@@ -210,19 +210,4 @@ void VisitNativeFields(auto& AVisit, ANative<TNativeDrawingBag> auto& ABag) {
   AVisit.AllBytes("drawingRelsXmlBase64", ABag.DrawingRelsXml);
 }
 
-/// The sizes of a sheet's lines that are no maps.
-struct TNativeSizing {
-  double DefaultColWidth = 0;
-  double DefaultRowHeight = 0;
-  bool OutlineSummaryBelow = true;
-  bool OutlineSummaryRight = true;
-};
-
-void VisitNativeFields(auto& AVisit, ANative<TNativeSizing> auto& ASizing) {
-  AVisit("defaultColWidth", ASizing.DefaultColWidth);
-  AVisit("defaultRowHeight", ASizing.DefaultRowHeight);
-  AVisit("outlineSummaryBelow", ASizing.OutlineSummaryBelow);
-  AVisit("outlineSummaryRight", ASizing.OutlineSummaryRight);
-}
-
 }  // namespace tessarine::detail

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include <tessarine/io/ods/detail/OdsFormula.h>
+#include <tessarine/io/ods/detail/OdsAddress.h>
 #include <tessarine/io/ods/detail/OdsStyleReader.h>
 #include <tessarine/io/ods/detail/OdsUnits.h>
 #include <tessarine/platform/Numbers.h>
@@ -73,6 +73,12 @@ TText FormulaOf(std::string_view AAddress) {
 
 bool IsOn(std::string_view AText) { return AText == "true"; }
 
+/// Values that lie ahead of those of a series: its x values, and the heights of bubbles.
+struct TDomain {
+  TText Formula;
+  size_t Column = 0;  // of the chart's table
+};
+
 std::optional<uint32_t> FillColorOf(const TOdsStyleReader& AStyles, std::string_view AStyle) {
   const auto style = AStyles.TryGetGraphicStyle(AStyle, ofChart);
   if (!style || !style->HasFill || !style->FillColor) return std::nullopt;
@@ -133,16 +139,28 @@ void TOdsChartReader::AddRows(const TXmlNode* AParent) {
   }
 }
 
-std::vector<double> TOdsChartReader::Column(size_t AColumn) const {
+/// Each series has a point in every row, so that a small table may ask for many.
+bool TOdsChartReader::TakePoints() {
+  const size_t count = FRows.size() - FHeaderRows;
+  if (count > FPoints) {
+    FHasLeftOut = true;
+    return false;
+  }
+  FPoints -= count;
+  return true;
+}
+
+std::vector<double> TOdsChartReader::Column(size_t AColumn) {
   std::vector<double> values;
-  if (!HasColumn(AColumn)) return values;
+  if (!HasColumn(AColumn) || !TakePoints()) return values;
   for (size_t row = FHeaderRows; row < FRows.size(); ++row)
     values.push_back(AColumn < FRows[row].size() ? FRows[row][AColumn].Number : 0);
   return values;
 }
 
-std::vector<TText> TOdsChartReader::Categories() const {
+std::vector<TText> TOdsChartReader::Categories() {
   std::vector<TText> texts;
+  if (!TakePoints()) return texts;
   for (size_t row = FHeaderRows; row < FRows.size(); ++row)
     texts.push_back(FRows[row].empty() ? TText() : FRows[row].front().Text);
   return texts;
@@ -162,34 +180,43 @@ void TOdsChartReader::ReadPlot(const TXmlNode* APlot, const TOdsStyleReader& ASt
     if (XmlLocalNameIs(series, "series")) ReadSeries(series, AStyles, ADrawing);
 }
 
-void TOdsChartReader::ReadSeries(const TXmlNode* ANode, const TOdsStyleReader& AStyles, TSheetDrawing& ADrawing) {
+TSheetChartSeries TOdsChartReader::ReadData(const TXmlNode* ANode, TSheetChartType AType) {
   TSheetChartSeries series;
-  std::vector<TText> domains;
-  std::vector<size_t> domainColumns;
+  std::vector<TDomain> domains;
   for (const TXmlNode* child : TXmlElements(ANode)) {
     if (!XmlLocalNameIs(child, "domain")) continue;
-    domains.push_back(FormulaOf(XmlAttr(child, "cell-range-address")));
-    domainColumns.push_back(FNextColumn++);
+    domains.push_back({FormulaOf(XmlAttr(child, "cell-range-address")), FNextColumn++});
+  }
+  if (!domains.empty() && FNextColumn == FWidth) {
+    // A table without a column for the x values has them in the place of the categories.
+    domains.back().Column = 0;
+    --FNextColumn;
   }
   const size_t column = FNextColumn++;
   series.Values = Column(column);
   series.ValuesFormula = FormulaOf(XmlAttr(ANode, "values-cell-range-address"));
   if (FHeaderRows > 0 && column < FRows.front().size()) series.Title = FRows.front()[column].Text;
-  if (HasColumn(column)) series.Categories = Categories();
+  const bool hasCategories = domains.empty() || domains.back().Column > 0;
+  if (HasColumn(column) && hasCategories) series.Categories = Categories();
   series.CategoriesFormula = FCategoriesFormula;
-  if (ADrawing.ChartType == sctBubble && !domains.empty()) {
-    // The first domain has the heights, the second the places; the series' own values are the sizes.
-    series.Sizes = std::exchange(series.Values, Column(domainColumns.front()));
-    series.SizesFormula = std::exchange(series.ValuesFormula, domains.front());
+  if (AType == sctBubble && (domains.size() > 1 || (!domains.empty() && !FXValues.empty()))) {
+    // The first domain has the heights, the second the places; the series' own values are the sizes. Without a second
+    // one the places are those of the series before.
+    series.Sizes = std::exchange(series.Values, Column(domains.front().Column));
+    series.SizesFormula = std::exchange(series.ValuesFormula, domains.front().Formula);
     domains.erase(domains.begin());
-    domainColumns.erase(domainColumns.begin());
   }
   if (!domains.empty()) {
-    FXValues = Column(domainColumns.front());
-    series.XValuesFormula = domains.front();
+    FXValues = Column(domains.back().Column);
+    series.XValuesFormula = domains.back().Formula;
   }
-  if (HasColumn(column) && (ADrawing.ChartType == sctScatter || ADrawing.ChartType == sctBubble))
-    series.XValues = FXValues;
+  const bool isXY = AType == sctScatter || AType == sctBubble;
+  if (isXY && HasColumn(column) && !FXValues.empty() && TakePoints()) series.XValues = FXValues;
+  return series;
+}
+
+void TOdsChartReader::ReadSeries(const TXmlNode* ANode, const TOdsStyleReader& AStyles, TSheetDrawing& ADrawing) {
+  TSheetChartSeries series = ReadData(ANode, ADrawing.ChartType);
   const std::string_view style = XmlAttr(ANode, "style-name");
   const size_t known = std::min(ADrawing.Series.size(), std::size(kSeriesColors) - 1);
   series.Style.Fill = TSheetChartFill::Solid(FillColorOf(AStyles, style).value_or(kSeriesColors[known]));

@@ -19,10 +19,14 @@ class TOdsStyleReader;
 /// Reads the document inside a document that holds a chart. Values come from the table that it carries.
 class TOdsChartReader {
  public:
-  explicit TOdsChartReader(const TReadLimits& ALimits) : FLimits(ALimits) {}
+  /// APoints is how many values and categories may still be kept; it outlives the reader.
+  TOdsChartReader(const TReadLimits& ALimits, size_t& APoints) : FLimits(ALimits), FPoints(APoints) {}
 
   /// Fills the chart's fields of ADrawing; false for a document without a chart. Throws for what is not well-formed.
   bool Read(std::string_view ABytes, std::string_view APartName, TSheetDrawing& ADrawing);
+
+  /// Whether values or categories were left out because there were too many; references to cells stay.
+  bool HasLeftOut() const { return FHasLeftOut; }
 
  private:
   struct TEntry {
@@ -34,13 +38,18 @@ class TOdsChartReader {
   void ReadTable(const TXmlNode* ATable);
   void AddRows(const TXmlNode* AParent);
   void ReadPlot(const TXmlNode* APlot, const TOdsStyleReader& AStyles, TSheetDrawing& ADrawing);
+  /// The title, the values and where they come from.
+  TSheetChartSeries ReadData(const TXmlNode* ANode, TSheetChartType AType);
   void ReadSeries(const TXmlNode* ANode, const TOdsStyleReader& AStyles, TSheetDrawing& ADrawing);
   void ReadPoints(const TXmlNode* ANode, const TOdsStyleReader& AStyles, TSheetChartSeries& ASeries) const;
   bool HasColumn(size_t AColumn) const { return AColumn < FWidth; }
-  std::vector<double> Column(size_t AColumn) const;
-  std::vector<TText> Categories() const;
+  bool TakePoints();
+  std::vector<double> Column(size_t AColumn);
+  std::vector<TText> Categories();
 
   const TReadLimits FLimits;
+  size_t& FPoints;
+  bool FHasLeftOut = false;
   std::vector<TRow> FRows;  // of the table, headers included
   size_t FHeaderRows = 0;
   size_t FWidth = 0;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <string>
 
 #include <tessarine/core/lists/Drawings.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
@@ -52,18 +53,10 @@ uint32_t FromBgr(uint32_t AColor) { return (AColor & 0xFFu) << 16 | (AColor & 0x
 class TChartWriter {
  public:
   TChartWriter(const TSheetDrawing& ADrawing, bool ALiteral) : FDrawing(ADrawing), FLiteral(ALiteral) {
-    if (!ADrawing.Series.empty()) {
-      FSeries = &ADrawing.Series[0];
-    } else if (!ADrawing.Subplots.empty() && !ADrawing.Subplots[0].Series.empty()) {
-      FSeries = &ADrawing.Subplots[0].Series[0];
-    }
-    if (FSeries) {
-      FHasX = FSeries->Categories.empty() && !FSeries->XValues.empty();
-      FRows = std::max({FSeries->Values.size(), FSeries->Categories.size(), FSeries->XValues.size()});
-      if (!FSeries->ValuesFormula.IsEmpty()) FValues = OdsAddressFromExcel(FSeries->ValuesFormula);
-      const TText& categories = FHasX ? FSeries->XValuesFormula : FSeries->CategoriesFormula;
-      if (FValues && !categories.IsEmpty()) FCategories = OdsAddressFromExcel(categories);
-    }
+    if (!ADrawing.Series.empty()) FSeries = &ADrawing.Series[0];
+    for (const TSheetChartSubplot& subplot : ADrawing.Subplots)
+      if (!FSeries && !subplot.Series.empty()) FSeries = &subplot.Series[0];
+    if (FSeries) LayOut();
   }
 
   std::string Run(double AWidthCm, double AHeightCm) {
@@ -75,11 +68,7 @@ class TChartWriter {
     FOut.append(" chart:class=\"").append(ClassOf(FDrawing.ChartType, FLiteral));
     FOut.append("\" svg:width=\"").append(OdsLengthText(AWidthCm));
     FOut.append("\" svg:height=\"").append(OdsLengthText(AHeightCm)).append("\">");
-    if (!FDrawing.Title.IsEmpty()) {
-      FOut += "<chart:title>";
-      AppendOdsParagraphs(FDrawing.Title, {}, FOut);
-      FOut += "</chart:title>";
-    }
+    AppendTitle(FDrawing.Title);
     if (FDrawing.ShowLegend) FOut += "<chart:legend chart:legend-position=\"end\"/>";
     AppendPlotArea();
     AppendTable();
@@ -88,11 +77,33 @@ class TChartWriter {
   }
 
  private:
+  /// What the columns of the table hold, and whether the data are the sheet's: then all of them have to be.
+  void LayOut() {
+    const bool isBubble = FDrawing.ChartType == sctBubble;
+    const bool isXY = isBubble || FDrawing.ChartType == sctScatter;
+    FHasX = !FSeries->XValues.empty() && (isXY || FSeries->Categories.empty());
+    FHasSizes = isBubble && FHasX && !FSeries->Sizes.empty() && !FLiteral;
+    FRows = std::max({FSeries->Values.size(), FSeries->XValues.size(), FSeries->Categories.size()});
+    if (FHasSizes) FRows = std::max(FRows, FSeries->Sizes.size());
+    FValues = OdsAddressFromExcel(FSeries->ValuesFormula);
+    FCategories = OdsAddressFromExcel(FHasX ? FSeries->XValuesFormula : FSeries->CategoriesFormula);
+    FSizes = OdsAddressFromExcel(FSeries->SizesFormula);
+    if (FHasSizes && !(FCategories && FSizes)) FValues.reset();
+  }
+
+  void AppendTitle(std::u16string_view ATitle) {
+    if (ATitle.empty()) return;
+    FOut += "<chart:title>";
+    AppendOdsParagraphs(ATitle, {}, FOut);
+    FOut += "</chart:title>";
+  }
+
   void AppendStyles() {
     FOut += "<office:automatic-styles><style:style style:name=\"G0\" style:family=\"chart\"><style:chart-properties";
     if (!FLiteral) FOut.append(" chart:vertical=\"").append(FDrawing.ChartType == sctBar ? "true\"" : "false\"");
     if (FDrawing.Stacked) FOut += " chart:stacked=\"true\"";
     if (FDrawing.PercentStacked) FOut += " chart:percentage=\"true\"";
+    if (FDrawing.ChartIs3D) FOut += " chart:three-dimensional=\"true\"";
     FOut += "/></style:style><style:style style:name=\"G0S0\" style:family=\"chart\"><style:chart-properties";
     if (ShowsLabels()) FOut += " chart:data-label-number=\"value\"";
     if (FSeries && FSeries->Labels.ShowCatName) FOut += " chart:data-label-text=\"true\"";
@@ -121,18 +132,21 @@ class TChartWriter {
     if (FValues) return FCategories.value_or(std::u16string());
     return LocalRange(u'A');
   }
+  std::u16string ValuesAddress() const { return FValues ? *FValues : LocalRange(u'B'); }
+  std::u16string SizesAddress() const { return FValues ? *FSizes : LocalRange(u'C'); }
 
   void AppendPlotArea() {
     FOut += "<chart:plot-area chart:style-name=\"G0\"><chart:axis chart:dimension=\"x\" chart:name=\"primary-x\">";
+    AppendTitle(FDrawing.ChartCatAxis.Title);
     const std::u16string categories = FSeries && FRows > 0 ? CategoriesAddress() : std::u16string();
     if (!categories.empty() && !FHasX) {
       FOut += "<chart:categories";
       AppendAddress("table:cell-range-address", categories, FOut);
       FOut += "/>";
     }
-    FOut +=
-        "</chart:axis><chart:axis chart:dimension=\"y\" chart:name=\"primary-y\">"
-        "<chart:grid chart:class=\"major\"/></chart:axis>";
+    FOut += "</chart:axis><chart:axis chart:dimension=\"y\" chart:name=\"primary-y\">";
+    AppendTitle(FDrawing.ChartValueAxis.Title);
+    FOut += "<chart:grid chart:class=\"major\"/></chart:axis>";
     if (FSeries) AppendSeries(categories);
     FOut += "</chart:plot-area>";
   }
@@ -140,24 +154,30 @@ class TChartWriter {
   void AppendSeries(std::u16string_view ACategories) {
     FOut += "<chart:series chart:style-name=\"G0S0\"";
     if (FValues || FRows > 0)
-      AppendAddress("chart:values-cell-range-address", FValues ? *FValues : LocalRange(u'B'), FOut);
-    if (!FValues) AppendAddress("chart:label-cell-address", u"local-table.$B$1", FOut);
+      AppendAddress("chart:values-cell-range-address", FHasSizes ? SizesAddress() : ValuesAddress(), FOut);
+    if (!FValues)
+      AppendAddress("chart:label-cell-address", FHasSizes ? u"local-table.$C$1" : u"local-table.$B$1", FOut);
     FOut.append(" chart:class=\"").append(ClassOf(FDrawing.ChartType, FLiteral)).append("\">");
-    if (FHasX && !ACategories.empty()) {
-      FOut += "<chart:domain";
-      AppendAddress("table:cell-range-address", ACategories, FOut);
-      FOut += "/>";
-    }
+    if (FHasSizes) AppendDomain(ValuesAddress());
+    if (FHasX && !ACategories.empty()) AppendDomain(ACategories);
     for (size_t i = 0; i < PointCount(); ++i)
       FOut.append("<chart:data-point chart:style-name=\"").append(PointStyle(i)).append("\"/>");
     FOut += "</chart:series>";
   }
 
+  void AppendDomain(std::u16string_view AAddress) {
+    FOut += "<chart:domain";
+    AppendAddress("table:cell-range-address", AAddress, FOut);
+    FOut += "/>";
+  }
+
   void AppendTable() {
     FOut +=
         "<table:table table:name=\"local-table\"><table:table-header-columns><table:table-column/>"
-        "</table:table-header-columns><table:table-columns><table:table-column/></table:table-columns>"
-        "<table:table-header-rows><table:table-row><table:table-cell/>";
+        "</table:table-header-columns><table:table-columns><table:table-column/>";
+    if (FHasSizes) FOut += "<table:table-column/>";
+    FOut += "</table:table-columns><table:table-header-rows><table:table-row><table:table-cell/>";
+    if (FHasSizes) FOut += "<table:table-cell/>";
     AppendTextCell(FSeries ? FSeries->Title.View() : std::u16string_view());
     FOut += "</table:table-row></table:table-header-rows><table:table-rows>";
     for (size_t i = 0; i < FRows; ++i) {
@@ -168,6 +188,7 @@ class TChartWriter {
         AppendTextCell(i < FSeries->Categories.size() ? FSeries->Categories[i].View() : std::u16string_view());
       }
       AppendNumberCell(FSeries->Values, i);
+      if (FHasSizes) AppendNumberCell(FSeries->Sizes, i);
       FOut += "</table:table-row>";
     }
     if (FRows == 0) FOut += "<table:table-row><table:table-cell/></table:table-row>";
@@ -196,9 +217,11 @@ class TChartWriter {
   bool FLiteral;
   const TSheetChartSeries* FSeries = nullptr;  // the one that is written
   bool FHasX = false;                          // column A holds the x values
+  bool FHasSizes = false;                      // column C holds the sizes of bubbles
   size_t FRows = 0;
   std::optional<std::u16string> FValues;  // addresses on the sheet
   std::optional<std::u16string> FCategories;
+  std::optional<std::u16string> FSizes;
   std::string FOut;
 };
 

@@ -8,6 +8,7 @@
 #include <tessarine/core/lists/SheetTables.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/ods/detail/OdsAddress.h>
 #include <tessarine/io/ods/detail/OdsExactMarks.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
 #include <tessarine/io/ods/detail/OdsSheetReader.h>

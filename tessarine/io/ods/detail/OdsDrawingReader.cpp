@@ -342,7 +342,11 @@ bool TOdsDrawingReader::Complete(const TXlsxPackage& APackage, TPending& APendin
   const TByteBuffer bytes = APackage.ReadPart(part);
   if (bytes.IsEmpty()) return false;
   if (!APending.ObjectPart.empty()) {
-    return TOdsChartReader(FContext.Options.Limits).Read(bytes.Text(), part, *APending.Drawing);
+    TOdsChartReader reader(FContext.Options.Limits, FContext.Budget.ChartPoints);
+    const bool isChart = reader.Read(bytes.Text(), part, *APending.Drawing);
+    if (reader.HasLeftOut())
+      FContext.ReportDropped("points of a chart", APending.Sheet->Name().ToUtf8(), 1, "their references stay");
+    return isChart;
   }
   APending.Drawing->SetImage(bytes.Bytes(), TText(OdsImageTypeOf(part)));
   return true;

@@ -152,8 +152,12 @@ class TShapeWriter {
     FOut += "</draw:frame>";
     size_t series = ADrawing.Series.size();
     for (const TSheetChartSubplot& subplot : ADrawing.Subplots) series += subplot.Series.size();
-    if (series > 1 && FOptions.Report)
+    if (!FOptions.Report) return;
+    if (series > 1)
       FOptions.Report->Add("chart series", ffDropped, FSheetName, series - 1, "all but the first of a chart");
+    if (ADrawing.ChartType == sctCombo || ADrawing.ChartType == sctSurface || ADrawing.ChartType == sctUnknown)
+      FOptions.Report->Add("chart", ffRewritten, FSheetName, 1, "as columns");
+    if (ADrawing.ChartType == sctOfPie) FOptions.Report->Add("chart", ffRewritten, FSheetName, 1, "as a pie");
   }
 
   void AppendShape(const TSheetDrawing& ADrawing) {

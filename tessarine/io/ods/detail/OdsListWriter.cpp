@@ -12,6 +12,7 @@
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/io/FileReport.h>
 #include <tessarine/io/ods/OdsWriter.h>
+#include <tessarine/io/ods/detail/OdsAddress.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
 #include <tessarine/io/ods/detail/OdsTextWriter.h>
 #include <tessarine/io/ods/detail/OdsValidationReader.h>
@@ -139,11 +140,12 @@ const char* MessageType(TDataValidationErrorStyle AStyle) {
 }
 
 void AppendMessage(const char* AElement, const char* AType, std::u16string_view ATitle, std::u16string_view AText,
-                   bool AIsShown, std::string& AOut) {
+                   bool AIsShown, bool AIsLiteral, std::string& AOut) {
   AOut.append("<").append(AElement);
   if (AType) AppendWordPair("table:message-type", AType, AOut);
   if (!ATitle.empty()) AppendTextPair("table:title", ATitle, AOut);
   AppendWordPair("table:display", TrueOrFalse(AIsShown), AOut);
+  if (!AIsLiteral && !OdsLineEndsComeBack(AText)) AppendTextPair("tessarine:exact-text", AText, AOut);
   AOut += '>';
   if (!AText.empty()) AppendOdsParagraphs(AText, {}, AOut);
   AOut.append("</").append(AElement).append(">");
@@ -168,9 +170,10 @@ void AppendValidation(const TWorksheet& ASheet, const TDataValidationRule& ARule
                  AOut);
   AOut += '>';
   if (ARule.ShowInputMessage || !ARule.Prompt.IsEmpty() || !ARule.PromptTitle.IsEmpty())
-    AppendMessage("table:help-message", nullptr, ARule.PromptTitle, ARule.Prompt, ARule.ShowInputMessage, AOut);
+    AppendMessage("table:help-message", nullptr, ARule.PromptTitle, ARule.Prompt, ARule.ShowInputMessage,
+                  AForm.IsLiteral, AOut);
   AppendMessage("table:error-message", MessageType(ARule.ErrorStyle), ARule.ErrorTitle, ARule.Error,
-                ARule.ShowErrorMessage, AOut);
+                ARule.ShowErrorMessage, AForm.IsLiteral, AOut);
   AOut += "</table:content-validation>";
 }
 

@@ -21,6 +21,7 @@ struct TOdsReadBudget {
   size_t TableColumns = 1'000'000;
   size_t Drawings = 100'000;
   size_t DrawingBytes = size_t{512} << 20;  // pictures and charts, counted at each use
+  size_t ChartPoints = 8'000'000;           // values and categories of series; what is beyond is left out
 };
 
 /// What all readers of one document share.

@@ -57,6 +57,7 @@ void TOdsSheetReader::Read() {
 void TOdsSheetReader::ReadTableStyle() {
   const std::string_view style = AttributeOf(FReader, "style-name");
   if (FContext.Styles.Property(ofTable, style, ogTable, "display") == "false") FSheet.SetVisibility(svHidden);
+  if (AttributeOf(FReader, "protected") == "true") FSheet.SetProtected(true);
   double size = 0;
   if (TryParseFileNumber(FContext.Styles.Property(ofTable, style, ogTable, "exact-column-width"), size) && size >= 0)
     FSheet.Sizing().SetDefaultColWidth(size);

@@ -2,17 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include <boost/unordered/unordered_flat_map.hpp>
-
 #include <tessarine/core/format/CellFormat.h>
-#include <tessarine/io/ods/detail/OdsUnits.h>
+#include <tessarine/io/ods/detail/OdsPropertyReader.h>
 #include <tessarine/platform/ReadLimits.h>
 
 namespace tessarine {
@@ -31,14 +28,6 @@ using enum TOdsFamily;
 enum class TOdsGroup : uint8_t { ogText, ogParagraph, ogCell, ogColumn, ogRow, ogTable, ogGraphic, ogChart, ogCount };
 using enum TOdsGroup;
 
-/// A dictionary by text that is asked with views.
-struct TOdsNameHash {
-  using is_transparent = void;
-  size_t operator()(std::string_view AText) const { return std::hash<std::string_view>()(AText); }
-};
-template <class TItem>
-using TOdsByName = boost::unordered_flat_map<std::string, TItem, TOdsNameHash, std::equal_to<>>;
-
 /// How a shape is filled and drawn.
 struct TOdsGraphicStyle {
   bool HasFill = true;
@@ -54,7 +43,7 @@ class TOdsStyleReader {
  public:
   /// ATheme is what colours by slot refer to, or null; it outlives the reader.
   TOdsStyleReader(const TReadLimits& ALimits, TOdsFontInstalled AFontInstalled, const TTessarineTheme* ATheme = nullptr)
-      : FLimits(ALimits), FFontInstalled(std::move(AFontInstalled)), FTheme(ATheme) {}
+      : FLimits(ALimits), FProperties(std::move(AFontInstalled), ATheme) {}
 
   /// Reads a part that holds nothing else of interest, to its end.
   void LoadPart(std::string_view ABytes, std::string_view APartName);
@@ -96,23 +85,15 @@ class TOdsStyleReader {
   size_t ConditionCount() const { return FConditions; }
 
  private:
-  struct TProperty {
-    std::string Name;  // local
-    std::string Value;
-  };
-  struct TProperties {
-    std::vector<TProperty> Items;
-    std::string_view Find(std::string_view AName) const;
-  };
   struct TStyle {
     std::string Parent;
     std::string DataStyle;
     std::optional<std::string> Code;  // of a format that needs no data style
-    TProperties Groups[static_cast<size_t>(ogCount)];
+    TOdsProperties Groups[static_cast<size_t>(ogCount)];
     std::optional<TCellFormat> Format;  // of a cell style, once it was asked for
     bool IsResolving = false;
 
-    const TProperties& Group(TOdsGroup AGroup) const { return Groups[static_cast<size_t>(AGroup)]; }
+    const TOdsProperties& Group(TOdsGroup AGroup) const { return Groups[static_cast<size_t>(AGroup)]; }
   };
   struct TCondition {
     std::string Text;
@@ -124,40 +105,23 @@ class TOdsStyleReader {
     bool IsText = false;
     std::vector<TCondition> Conditions;
   };
-  struct TFontFace {
-    std::string Family;
-    std::string Generic;
-  };
   using TStyles = TOdsByName<TStyle>;
 
   TStyles& Styles(TOdsFamily AFamily) { return FStyles[static_cast<size_t>(AFamily)]; }
   const TStyles& Styles(TOdsFamily AFamily) const { return FStyles[static_cast<size_t>(AFamily)]; }
   const TStyle* Find(TOdsFamily AFamily, std::string_view AName) const;
 
-  void ReadFontFace(const TXmlNode* ANode);
   void ReadStyle(const TXmlNode* ANode, bool AIsDefault);
   void ReadNumberStyle(const TXmlNode* ANode);
   const TCellFormat& Resolve(TStyle& AStyle);
   void Apply(const TStyle& AStyle, TCellFormat& AFormat) const;
-  void ApplyFont(const TProperties& AText, TCellFontInfo& AFont) const;
-  void ApplyExactFont(const TProperties& AText, TCellFontInfo& AFont) const;
-  void ApplyExactCell(const TProperties& ACell, TCellFormat& AFormat) const;
-  bool IsColor(const TColorRef& AColor, std::string_view AText) const;
-  static void ApplyParagraph(const TProperties& AParagraph, TCellAlignmentInfo& AAlignment);
-  static void ApplyCell(const TProperties& ACell, TCellFormat& AFormat);
-  void ApplyFontName(const TProperties& AText, TCellFontInfo& AFont) const;
 
   const TReadLimits FLimits;
-  const TOdsFontInstalled FFontInstalled;
-  const TTessarineTheme* FTheme;
+  TOdsPropertyReader FProperties;
   TStyles FStyles[static_cast<size_t>(ofCount)];
   TStyle FCellDefaults;  // what all cell styles begin with
   TOdsByName<TNumberStyle> FNumberStyles;
-  TOdsByName<TFontFace> FFontFaces;
   size_t FConditions = 0;
 };
-
-/// The part of a border attribute of one side: "0.05cm dashed #ff0000" in any order.
-TBorderSide OdsParseBorderSide(std::string_view AText);
 
 }  // namespace tessarine::detail

@@ -11,7 +11,7 @@
 #include <tessarine/io/FileReport.h>
 #include <tessarine/io/ods/OdsWriter.h>
 #include <tessarine/io/ods/detail/OdsExactMarks.h>
-#include <tessarine/io/ods/detail/OdsStyleReader.h>
+#include <tessarine/io/ods/detail/OdsPropertyReader.h>
 #include <tessarine/io/ods/detail/OdsUnits.h>
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/XmlText.h>
@@ -100,7 +100,7 @@ int32_t TOdsStyleWriter::TextStyleOf(const TCellFontInfo& AFont) {
   const int32_t number = place->second;
   if (!added) return number;
   FXml += "<style:style style:name=\"T" + std::to_string(number) + "\" style:family=\"text\">";
-  AppendTextProperties(AFont, FXml);
+  AppendTextProperties(AFont, FXml, true);
   FXml += "</style:style>";
   return number;
 }
@@ -162,7 +162,8 @@ void TOdsStyleWriter::AddTableStyle(std::string_view AName, const TOdsTableLook&
   FXml += "/></style:style>";
 }
 
-void TOdsStyleWriter::AppendTextProperties(const TCellFontInfo& AFont, std::string& AOut) {
+/// What a stretch of text does not have is stated as well: the cell around it may have it.
+void TOdsStyleWriter::AppendTextProperties(const TCellFontInfo& AFont, std::string& AOut, bool AIsStretch) {
   FFonts.insert(AFont.Name);
   AOut += "<style:text-properties style:font-name=\"";
   AppendXmlAttribute(AFont.Name.View(), AOut);
@@ -185,10 +186,16 @@ void TOdsStyleWriter::AppendTextProperties(const TCellFontInfo& AFont, std::stri
     AOut += " style:text-underline-style=\"solid\" style:text-underline-width=\"auto\"";
     AOut += " style:text-underline-color=\"font-color\"";
     if (AFont.Underline == usDouble) AppendPair("style:text-underline-type", "double", AOut);
+  } else if (AIsStretch) {
+    AppendPair("style:text-underline-style", "none", AOut);
   }
-  if (AFont.Strikethrough) AppendPair("style:text-line-through-style", "solid", AOut);
-  if (AFont.Script != spNormal)
+  if (AFont.Strikethrough || AIsStretch)
+    AppendPair("style:text-line-through-style", AFont.Strikethrough ? "solid" : "none", AOut);
+  if (AFont.Script != spNormal) {
     AppendPair("style:text-position", AFont.Script == spSuperscript ? "super 58%" : "sub 58%", AOut);
+  } else if (AIsStretch) {
+    AppendPair("style:text-position", "0% 100%", AOut);
+  }
   const uint32_t color = Resolved(AFont.Color);
   AppendColorPair("fo:color", color, AOut);
   if (FHasMarks && !IsPlainColor(AFont.Color, color))

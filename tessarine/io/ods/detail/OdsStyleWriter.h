@@ -77,7 +77,7 @@ class TOdsStyleWriter {
   std::string DefaultStyleXml();
 
  private:
-  void AppendTextProperties(const TCellFontInfo& AFont, std::string& AOut);
+  void AppendTextProperties(const TCellFontInfo& AFont, std::string& AOut, bool AIsStretch = false);
   void AppendBorders(const TCellBorderInfo& ABorder, std::string& AOut);
   void AppendCellProperties(const TCellFormat& AFormat, std::string& AOut);
   void AppendParagraphProperties(const TCellAlignmentInfo& AAlignment, std::string& AOut);

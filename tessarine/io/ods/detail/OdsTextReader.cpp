@@ -1,6 +1,7 @@
 #include <tessarine/io/ods/detail/OdsTextReader.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <tessarine/io/ods/detail/OdsReadContext.h>
 #include <tessarine/io/xlsx/detail/XlsxBudget.h>
@@ -31,6 +32,7 @@ void TOdsTextReader::BeginParagraph() {
   FHasParagraphs = true;
   FParagraphStart = FText.size();
   FEndsInLayout = false;
+  FHasSpan = false;
 }
 
 void TOdsTextReader::EndParagraph() {
@@ -73,7 +75,7 @@ bool TOdsTextReader::OpenElement(TXmlReader& AReader) {
   int32_t style = FOpen.back();
   if (AReader.LocalNameIs("span")) {
     const std::string_view name = AReader.FindAttribute("style-name").value_or(std::string_view());
-    if (!name.empty()) style = StyleId(name);
+    if (!name.empty()) OpenRun(style = StyleId(name));
   } else if (AReader.LocalNameIs("a") && FLink.empty()) {
     FLink = AReader.FindAttribute("href").value_or(std::string_view());
   }
@@ -102,11 +104,21 @@ void TOdsTextReader::AppendBlanks(TXmlReader& AReader) {
   FEndsInLayout = false;
 }
 
+/// Each span is a run, but for the first of a paragraph, which may go on with the run that the line end broke.
+void TOdsTextReader::OpenRun(int32_t AStyle) {
+  const bool goesOn = !std::exchange(FHasSpan, true) && !FRuns.empty() && FRuns.back().Style == AStyle;
+  if (!goesOn) AddRun(AStyle);
+}
+
+/// What stands behind or between spans is a run of its own.
 void TOdsTextReader::BeginRun() {
-  if (FRuns.empty() ? FOpen.back() >= 0 : FRuns.back().Style != FOpen.back()) {
-    if (FRuns.empty() && !FText.empty()) FRuns.push_back({0, -1});
-    FRuns.push_back({FText.size(), FOpen.back()});
-  }
+  if (FRuns.empty() ? FOpen.back() >= 0 : FRuns.back().Style != FOpen.back()) AddRun(FOpen.back());
+}
+
+void TOdsTextReader::AddRun(int32_t AStyle) {
+  if (FRuns.empty() && !FText.empty()) FRuns.push_back({0, -1});
+  if (!FRuns.empty() && FRuns.back().Start == FText.size()) FRuns.pop_back();
+  FRuns.push_back({FText.size(), AStyle});
 }
 
 void TOdsTextReader::Append(std::string_view AText) {
@@ -137,22 +149,18 @@ void TOdsTextReader::Append(std::string_view AText) {
 
 TRichTextRuns TOdsTextReader::Runs(const TCellFontInfo& ACellFont) const {
   TRichTextRuns runs;
+  bool hasStyle = false;
   for (size_t index = 0; index < FRuns.size(); ++index) {
     const size_t start = std::min(FRuns[index].Start, FText.size());
     const size_t end = std::min(index + 1 < FRuns.size() ? FRuns[index + 1].Start : FText.size(), FText.size());
     if (start >= end) continue;
-    TCellFontInfo font = ACellFont;
-    if (FRuns[index].Style >= 0)
-      font = FContext.Styles.GetTextFont(FStyles[static_cast<size_t>(FRuns[index].Style)], ACellFont);
-    const TText text = TText::FromUtf8(std::string_view(FText).substr(start, end - start));
-    if (!runs.empty() && runs.back().Font == font) {
-      runs.back().Text = TText(runs.back().Text.ToString() += text.View());
-    } else {
-      runs.push_back({text, std::move(font)});
-    }
+    const int32_t style = FRuns[index].Style;
+    hasStyle = hasStyle || style >= 0;
+    runs.push_back(
+        {TText::FromUtf8(std::string_view(FText).substr(start, end - start)),
+         style < 0 ? ACellFont : FContext.Styles.GetTextFont(FStyles[static_cast<size_t>(style)], ACellFont)});
   }
-  const bool isPlain = runs.empty() || (runs.size() == 1 && runs.front().Font == ACellFont);
-  return isPlain ? TRichTextRuns() : runs;
+  return hasStyle ? runs : TRichTextRuns();
 }
 
 bool OdsTakeLineEnds(std::u16string_view AText, TRichTextRuns& ARuns) {

@@ -37,7 +37,8 @@ class TOdsTextReader {
   /// The target of the first link; empty without one.
   const std::string& Link() const { return FLink; }
 
-  /// The stretches of text by font, in a cell of that font; none when all is in the cell's own.
+  /// The stretches of text by font, in a cell of that font: one for each span with a style and what is between them.
+  /// None without such a span.
   TRichTextRuns Runs(const TCellFontInfo& ACellFont) const;
 
  private:
@@ -51,7 +52,9 @@ class TOdsTextReader {
   bool OpenElement(TXmlReader& AReader);
   void Append(std::string_view AText);
   void AppendBlanks(TXmlReader& AReader);
+  void OpenRun(int32_t AStyle);
   void BeginRun();
+  void AddRun(int32_t AStyle);
   int32_t StyleId(std::string_view AName);
 
   const TOdsReadContext& FContext;
@@ -60,6 +63,7 @@ class TOdsTextReader {
   bool FHasParagraphs = false;
   size_t FParagraphStart = 0;
   bool FEndsInLayout = false;  // the last blank stands for layout
+  bool FHasSpan = false;       // the paragraph has one with a style
   std::vector<TRun> FRuns;
   std::vector<std::string> FStyles;
   std::vector<int32_t> FOpen;  // the style in force inside each open element

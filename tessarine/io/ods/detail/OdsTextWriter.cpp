@@ -29,7 +29,9 @@ class TParagraphs {
     FStyle = APiece.TextStyle;
     OpenSpan();
     const std::u16string_view text = APiece.Text;
-    for (size_t i = 0; i < text.size();) i = PutAt(text, i);
+    // A CR LF between two pieces is one line end.
+    for (size_t i = FEndsInReturn && text.starts_with(u'\n') ? 1 : 0; i < text.size();) i = PutAt(text, i);
+    FEndsInReturn = text.ends_with(u'\r');
     CloseSpan();
   }
 
@@ -106,6 +108,7 @@ class TParagraphs {
   std::u16string_view FHref;
   std::string& FOut;
   int32_t FStyle = 0;
+  bool FEndsInReturn = false;  // the piece before
   size_t FLeftOut = 0;
 };
 

@@ -5,8 +5,10 @@
 
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/io/ods/detail/OdsAddress.h>
 #include <tessarine/io/ods/detail/OdsFormula.h>
 #include <tessarine/io/ods/detail/OdsListWriter.h>
+#include <tessarine/io/ods/detail/OdsTextReader.h>
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlTree.h>
 
@@ -95,12 +97,12 @@ bool ReadOperands(std::u16string_view AText, TDataValidationRule& ARule) {
 
 /// Texts of a paragraph and what is inside, with blanks, tabs and line breaks in place of their elements.
 void AppendParagraph(const TXmlNode* ANode, std::u16string& AText) {
-  constexpr int32_t kMaxBlanks = 1024;  // of one element; messages are short
+  constexpr int32_t kMaxMessageBlanks = 1024;  // of one element; messages are short
   for (const TXmlNode* child = ANode->FirstChild; child; child = child->NextSibling) {
     if (!child->IsElement()) {
       AText += Utf8ToUtf16(child->Text);
     } else if (XmlLocalNameIs(child, "s")) {
-      AText.append(static_cast<size_t>(std::clamp(XmlAttrInt(child, "c", 1), 1, kMaxBlanks)), u' ');
+      AText.append(static_cast<size_t>(std::clamp(XmlAttrInt(child, "c", 1), 1, kMaxMessageBlanks)), u' ');
     } else if (XmlLocalNameIs(child, "tab")) {
       AText += u'\t';
     } else if (XmlLocalNameIs(child, "line-break")) {
@@ -111,14 +113,18 @@ void AppendParagraph(const TXmlNode* ANode, std::u16string& AText) {
   }
 }
 
-std::u16string MessageText(const TXmlNode* ANode) {
+/// The paragraphs, with the line ends that the file says they had.
+TText MessageText(const TXmlNode* ANode) {
   std::u16string text;
   for (const TXmlNode* child : TXmlElements(ANode)) {
     if (!XmlLocalNameIs(child, "p")) continue;
     if (!text.empty()) text += u"\r\n";
     AppendParagraph(child, text);
   }
-  return text;
+  TRichTextRuns runs(1);
+  runs[0].Text = TText(text);
+  const std::u16string exact = Utf8ToUtf16(XmlAttr(ANode, "exact-text"));
+  return !exact.empty() && OdsTakeLineEnds(exact, runs) ? runs[0].Text : TText(text);
 }
 
 bool IsShown(const TXmlNode* ANode) { return XmlAttr(ANode, "display") == "true"; }
@@ -135,12 +141,12 @@ TDataValidationRule ReadTexts(const TXmlNode* ANode) {
   if (const TXmlNode* const help = XmlFindChild(ANode, "help-message")) {
     rule.ShowInputMessage = IsShown(help);
     rule.PromptTitle = TText::FromUtf8(XmlAttr(help, "title"));
-    rule.Prompt = TText(MessageText(help));
+    rule.Prompt = MessageText(help);
   }
   if (const TXmlNode* const error = XmlFindChild(ANode, "error-message")) {
     rule.ShowErrorMessage = IsShown(error);
     rule.ErrorTitle = TText::FromUtf8(XmlAttr(error, "title"));
-    rule.Error = TText(MessageText(error));
+    rule.Error = MessageText(error);
     rule.ErrorStyle = ErrorStyleOf(XmlAttr(error, "message-type"));
   }
   return rule;
@@ -155,6 +161,14 @@ void TakeExactOperands(const TXmlNode* ANode, TDataValidationRule& ARule) {
   const std::u16string condition = Utf8ToUtf16(XmlAttr(ANode, "condition"));
   for (const bool isName : {false, true})
     if (OdsValidationCondition(exact, {isName, false}) == condition) ARule = exact;
+}
+
+/// Operands count from the first range.
+void PutFirst(const TCellRange& ACell, std::vector<TCellRange>& ARanges) {
+  const auto found = std::find_if(ARanges.begin(), ARanges.end(), [&](const TCellRange& ARange) {
+    return ARange.StartCol == ACell.StartCol && ARange.StartRow == ACell.StartRow;
+  });
+  if (found != ARanges.end()) std::rotate(ARanges.begin(), found, found + 1);
 }
 
 constexpr uint64_t ColumnsKey(int32_t ASheet, const TCellRange& ARange) {
@@ -204,7 +218,8 @@ void TOdsValidationReader::ReadRules(const TXmlNode* ANode) {
     TDataValidationRule rule = ReadTexts(node);
     if (OdsParseValidationCondition(XmlAttr(node, "condition"), rule, FContext.StandardArrays)) {
       TakeExactOperands(node, rule);
-      FRules.push_back({std::string(XmlAttr(node, "name")), std::move(rule)});
+      const auto base = OdsParseSheetRangeAddress(Utf8ToUtf16(XmlAttr(node, "base-cell-address")));
+      FRules.push_back({std::string(XmlAttr(node, "name")), base ? base->Range : TCellRange(), std::move(rule)});
     } else {
       FContext.ReportDropped("validation", "content.xml", 1, XmlAttr(node, "condition"));
     }
@@ -240,14 +255,15 @@ void TOdsValidationReader::Bind(std::string_view AName, const TCellRange& ARange
 }
 
 void TOdsValidationReader::Apply(TWorkbook& AWorkbook) {
-  for (const auto& [name, rule] : FRules) {
-    const auto found = FNames.find(name);
+  for (const TRule& rule : FRules) {
+    const auto found = FNames.find(rule.Name);
     if (found == FNames.end()) continue;
     const std::vector<TBinding>& bindings = found->second.Bindings;
     for (size_t at = 0; at < bindings.size();) {
-      TDataValidationRule bound = rule;
+      TDataValidationRule bound = rule.Rule;
       const int32_t sheet = bindings[at].Sheet;
       for (; at < bindings.size() && bindings[at].Sheet == sheet; ++at) bound.Ranges.push_back(bindings[at].Range);
+      PutFirst(rule.Base, bound.Ranges);
       AWorkbook.GetSheet(sheet)->Validations().AddRule(std::move(bound));
     }
   }

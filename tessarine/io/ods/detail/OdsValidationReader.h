@@ -34,13 +34,19 @@ class TOdsValidationReader {
   /// range; what lies beyond the sheet is cut off.
   void Bind(std::string_view AName, const TCellRange& ARange);
 
-  /// Gives each sheet the rules that its cells name, in the order of the document.
+  /// Gives each sheet the rules that its cells name, in the order of the document. The range that begins at the cell
+  /// which a rule is based on comes first.
   void Apply(TWorkbook& AWorkbook);
 
  private:
   struct TBinding {
     int32_t Sheet = 0;
     TCellRange Range;
+  };
+  struct TRule {
+    std::string Name;  // by which cells name it
+    TCellRange Base;   // where it counts from; zeros when the file does not say
+    TDataValidationRule Rule;
   };
   struct TName {
     std::vector<TBinding> Bindings;
@@ -49,7 +55,7 @@ class TOdsValidationReader {
 
   const TOdsReadContext& FContext;
   int32_t FSheet = 0;
-  std::vector<std::pair<std::string, TDataValidationRule>> FRules;  // by the name that cells use
+  std::vector<TRule> FRules;
   TOdsByName<TName> FNames;
 };
 
