@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 #include <tessarine/core/format/StyleSheet.h>
@@ -45,6 +46,21 @@ TEST(SheetCell, StoresPlainTypesAsTheirKinds) {
     EXPECT_EQ(cell.AsNumber(), row.Number) << row.Stored;
     EXPECT_EQ(cell.AsBoolean(), row.Boolean) << row.Stored;
   }
+}
+
+TEST(SheetCell, RefusesWhatNoFileHolds) {
+  TApiFixture book{{"C1", "=A1+1"}, {"C2", "=COUNT(A1:B1)"}};
+  for (const double number : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+    book.Cell("A1").SetValue(number);
+    book.Cells("B1:B2").SetValue(number);
+    book.Run("C1 C2");
+    for (const char* place : {"A1", "B2", "C1"}) EXPECT_EQ(book.Cell(place).Text(), u"#NUM!") << place << number;
+    EXPECT_EQ(book.Cell("C2").AsNumber(), 0);
+  }
+  const auto size = [&](float ASize) { return FailureOf([&] { book.Cell("A1").SetFontSize(ASize); }); };
+  for (const float refused : {-3.0F, 0.0F, 0.9F, 410.0F, 1e9F, std::nanf("")})
+    EXPECT_EQ(size(refused), "argument: Invalid size: " + std::to_string(refused));
+  for (const float taken : {1.0F, 409.0F}) EXPECT_EQ(size(taken), "nothing");
 }
 
 TEST(SheetCell, ReadsWhatFormulasSee) {

@@ -12,6 +12,7 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 
+#include "../support/CaseTable.h"
 #include "../support/TemporaryFolder.h"
 #include "CliFixture.h"
 #include "WorkbookFiles.h"
@@ -67,61 +68,14 @@ class TEdited {
 
 }  // namespace
 
-TEST(CliEditScript, EditsDoWhatTheySay) {
-  const struct {
-    const char* Script;
-    const char* Sheet;
-  } cases[] = {
-      {"", "1|10 / 2| / 3|"},
-      {R"J({"op":"set","cell":"A1","value":7})J", "7|70 / 2| / 3|"},
-      {R"J({"op":"set","cell":"B1","value":null})J", "1 / 2 / 3"},
-      {R"J({"op":"set","cell":"C1","text":"=A1"})J", "1|10|=A1 / 2|| / 3||"},
-      {R"J({"op":"set","cell":"A2","formula":"A1+A3"})J", "1|10 / 4| / 3|"},
-      {"\xEF\xBB\xBF\n{\"op\":\"set\",\"cell\":\"A2\",\"values\":[[true,\"x\"],[null,\"=A1+1\"]]}\r\n \n",
-       "1|10 / TRUE|x / |2"},
-      {R"J({"op":"set","cell":"B1","value":"=SEQUENCE(3)"}
-{"op":"set","cell":"B1","value":5})J",
-       "1|5 / 2| / 3|"},
-      {R"J({"op":"clear","range":"A1:B2"})J", " /  / 3"},
-      {R"J({"op":"insert","rows":"1:2"})J", "| / | / 1|10 / 2| / 3|"},
-      {R"J({"op":"insert","columns":"A"}
-{"op":"set","cell":"A1","value":"x"})J",
-       "x|1|10 / |2| / |3|"},
-      {R"J({"op":"delete","rows":2})J", "1|10 / 3|"},
-      {R"J({"op":"delete","columns":"A"})J", "#VALUE!"},
-      {R"J({"op":"move","rows":3,"before":1})J", "3| / 1|10 / 2|"},
-      {R"J({"op":"move","columns":"B","before":"A"})J", "10|1 / |2 / |3"},
-      {R"J({"op":"fill","from":"B1","to":"B1:B3"})J", "1|10 / 2|20 / 3|30"},
-      {R"J({"op":"fill","from":"A1:A3","to":"A1:A5"})J", "1|10 / 2| / 3| / 4| / 5|"},
-      {R"J({"op":"fill","from":"A1:A3","to":"A1:A5","copy":true})J", "1|10 / 2| / 3| / 1| / 2|"},
-      {R"J({"op":"merge","range":"C1:D2"})J", "1|10 / 2| / 3| ; merged area C1:D2: "},
-      {R"J({"op":"merge","range":"C1:D2"}
-{"op":"merge","range":"D2:E5","merged":false})J",
-       "1|10 / 2| / 3|"},
-      {R"J({"op":"name","name":"Total","formula":"SUM(A:A)"}
-{"op":"set","cell":"B1","value":"=TOTAL"})J",
-       "1|6 / 2| / 3| ; name TOTAL: =SUM(A:A)"},
-      {R"J({"op":"name","name":"a","formula":"1"}
-{"op":"name","name":"A","formula":null})J",
-       "1|10 / 2| / 3|"},
-      {R"J({"op":"note","cell":"B2","text":"hi","author":"me"}
-{"op":"insert","rows":1})J",
-       "| / 1|10 / 2| / 3| ; note B3: hi, by me"},
-      {R"J({"op":"note","cell":"B2","text":"hi"}
-{"op":"note","cell":"B2","text":null})J",
-       "1|10 / 2| / 3|"},
-      {R"J({"op":"validation","range":"A1:C9","type":"list","source":["a","b"]}
-{"op":"validation","range":"B2:B3","type":"whole","operator":"greaterThan","first":5,"error":"no"})J",
-       "1|10 / 2| / 3| ; validation A1:C1 A2:A3 C2:C3 A4:C9: list, a,b, blank allowed, error shown"
-       " ; validation B2:B3: whole, greaterThan, 5, blank allowed, error no, error shown"},
-      {R"J({"op":"validation","range":"A1:C9","type":"custom","first":"=A1>0","allowBlank":false}
-{"op":"validation","range":"A1:XFD9","type":"any"})J",
-       "1|10 / 2| / 3|"},
-      {R"J({"op":"set","sheet":"sheet1","cell":"A1","value":2}
-{"op":"set","sheet":"1","cell":"A2","value":3})J",
-       "2|20 / 3| / 3|"},
+TEST(CliEditScript, ExamplesHold) {
+  const auto failed = [](const TCase& ACase) {
+    const std::string message = TEdited("\n" + ACase[1]).Error();
+    EXPECT_TRUE(message.starts_with("edits, line 2: ")) << ACase.Place() << " " << message;
+    return message.find(ACase[2]) != std::string::npos ? ACase[2] : message;
   };
-  for (const auto& row : cases) EXPECT_EQ(TEdited(row.Script).Dump(), row.Sheet) << row.Script;
+  ExpectCases("cli/edit_scripts.tsv",
+              {{"edit", [](const TCase& ACase) { return TEdited(ACase[1]).Dump(); }}, {"fail", failed}});
 }
 
 TEST(CliEditScript, FormatsAreLaidOverWhatIsThere) {
@@ -142,49 +96,6 @@ TEST(CliEditScript, FormatsAreLaidOverWhatIsThere) {
   EXPECT_EQ(edited.FormatAt({3, 4}), "default");
   EXPECT_EQ(edited.Sheet().Sizing().GetColWidthChars(3), 20);
   EXPECT_EQ(edited.Sheet().Sizing().GetRowHeightPt(1), 30);
-}
-
-TEST(CliEditScript, MessagesNameTheLineAndTheKey) {
-  const struct {
-    const char* Line;
-    const char* Message;
-  } cases[] = {
-      {"[1]", "a line holds one JSON object"},
-      {"{\"op\":", "column 7: "},
-      {"[[[[[[[[[[1]]]]]]]]]]", "nested deeper"},
-      {"{}", "the key \"op\" is missing"},
-      {R"({"op":"paint"})", "edits are: set, clear, insert"},
-      {R"({"op":"set","cell":"A1"})", "give one of \"value\""},
-      {R"({"op":"set","cell":"A1","value":1,"text":"a"})", "give one of \"value\""},
-      {R"({"op":"set","cel":"A1"})", "\"cel\" is no key of \"set\""},
-      {R"({"op":"set","cell":"A0","value":1})", "no range of cells"},
-      {R"({"op":"set","cell":"A1","value":{}})", "a number, a text, true, false or null"},
-      {R"({"op":"set","cell":"XFD1048576","values":[[1,2]]})", "beyond the end"},
-      {R"({"op":"set","sheet":"Nope","cell":"A1","value":1})", "the sheets are: Sheet1"},
-      {R"({"op":"clear","range":"A1","what":"x"})", "all, values, formats"},
-      {R"({"op":"insert"})", "either \"rows\" or \"columns\""},
-      {R"({"op":"insert","rows":0})", "from 1 to 1048576"},
-      {R"({"op":"insert","rows":1e300})", "from 1 to 1048576"},
-      {R"({"op":"insert","rows":"B:C"})", "such as \"5:7\""},
-      {R"({"op":"insert","columns":"3"})", "such as \"B\""},
-      {R"({"op":"move","rows":1,"before":2.5})", "whole number"},
-      {R"({"op":"fill","from":"A1","to":"B2:C3"})", "A1 cannot fill B2:C3"},
-      {R"({"op":"fill","from":"A1","to":"A1:A200000"})", "no more than 100000 cells"},
-      {R"({"op":"merge","range":"A1"})", "is one cell"},
-      {R"({"op":"format","range":"A1"})", "say what to set; the keys are: bold"},
-      {R"({"op":"format","range":"A1","color":"red"})", "a colour such as"},
-      {R"({"op":"format","range":"A1","bold":1})", "\"bold\" is true or false"},
-      {R"({"op":"format","range":"A1:ZZ10000","bold":true})", "more than 1000000 cells"},
-      {R"({"op":"name","name":"B2","formula":"1"})", "can be no name"},
-      {R"({"op":"validation","range":"A1","type":"list","source":["a,b"]})", "has no comma"},
-      {R"({"op":"validation","range":"A1","type":"whole","first":1})", "the key \"second\" is missing"},
-      {R"({"op":"note","cell":"A1:B2","text":"x"})", "more than one cell"},
-  };
-  for (const auto& row : cases) {
-    const std::string message = TEdited(std::string("\n") + row.Line).Error();
-    EXPECT_EQ(message.find("edits, line 2: "), 0u) << message;
-    EXPECT_NE(message.find(row.Message), std::string::npos) << message << "\n" << row.Message;
-  }
 }
 
 TEST(CliEditScript, NothingIsWrittenWhenALineFails) {

@@ -5,6 +5,7 @@
 #include <tessarine/Version.h>
 #include <tessarine/platform/Errors.h>
 
+#include "../support/CaseTable.h"
 #include "../support/TemporaryFolder.h"
 #include "CliFixture.h"
 #include "WorkbookFiles.h"
@@ -41,52 +42,17 @@ TEST(CliUsage, EveryClassOfFailureHasItsCodeAndItsMessage) {
   WriteFile(folder.Path("wide.csv"), std::string(20'000, ','));
   WriteFile(folder.Path("bad.jsonl"), "{\"f\":\"=1\"}\n{\"f\":}\n");
   WriteFile(folder.Path("ok.csv"), "1,2\n");
-  const auto path = [&](const char* AName) { return folder.Path(AName); };
-  const struct {
-    std::vector<std::string> Args;
-    int Code;
-    const char* Message;
-  } cases[] = {
-      {{}, 2, "say what to do"},
-      {{"frobnicate"}, 2, "frobnicate"},
-      {{"info"}, 2, "FILE"},
-      {{"show", path("ok.csv"), "--frob"}, 2, "--frob"},
-      {{"show", path("ok.csv"), "--range", "A1:"}, 2, "no range of cells"},
-      {{"show", path("ok.csv"), "--range", "A0"}, 2, "no range of cells"},
-      {{"show", path("ok.csv"), "--sheet", "Sales"}, 2, "the sheets are: Sheet1"},
-      {{"show", path("ok.csv"), "--from", "pdf"}, 2, "formats are: "},
-      {{"show", path("ok.csv"), "--decimal", "x"}, 2, "give a point or a comma"},
-      {{"show", path("x.dat")}, 2, "add --from with "},
-      {{"eval"}, 2, "give a formula"},
-      {{"eval", "=1", "--at", "A1:B2"}, 2, "more than one cell"},
-      {{"eval", "=1", "--batch", path("bad.jsonl")}, 2, "give no others"},
-      {{"convert", path("ok.csv"), path("out.pdf")}, 2, "add --to with "},
-      {{"convert", path("ok.csv"), path("out.csv"), "--delimiter", "ab"}, 2, "give one character"},
-      {{"recalc", path("ok.csv")}, 2, "--output"},
-      {{"diff", path("ok.csv"), path("ok.csv"), "--max", "-1"}, 2, "0 for all"},
-      {{"show", path("missing.xlsx")}, 3, "missing.xlsx: there is no such file"},
-      {{"info", folder.Path("")}, 3, "this is a folder"},
-      {{"info", path("cut.xlsx")}, 3, "cut.xlsx: "},
-      {{"cells", path("no.xlsx"), "--json"}, 3, "no.xlsx: not a ZIP archive"},
-      {{"show", path("x.ods")}, 3, "x.ods: not a ZIP archive"},
-      {{"show", path("x.tsr")}, 3, "x.tsr: this is no Tessarine document"},
-      {{"convert", path("ok.csv"), path("out.ods"), "--to", "pdf"}, 2, "formats are: tsr, xlsx, ods, csv"},
-      {{"eval", "--batch", path("bad.jsonl")}, 3, "question 2"},
-      {{"eval", "--batch", path("none.jsonl")}, 3, "there is no such file"},
-      {{"show", path("wide.csv")}, 4, "wide.csv, line 1: the row has more than the 16384 columns"},
-      {{"eval", path("missing.tsv"), "=1"}, 3, "missing.tsv: there is no such file"},
-      {{"convert", path("ok.csv"), path("none/out.csv")}, 5, "none/out.csv: its folder does not exist"},
-      {{"convert", path("ok.csv"), folder.Path(""), "--to", "csv"}, 5, "this is a folder"},
-  };
-  for (const auto& row : cases) {
-    const TCliResult result = RunLine(row.Args);
-    const std::string line = ::testing::PrintToString(row.Args);
-    EXPECT_EQ(result.Code, row.Code) << line << "\n" << result.Messages;
-    EXPECT_EQ(result.Messages.find("tessarine: "), 0u) << line;
-    EXPECT_NE(result.Messages.find(row.Message), std::string::npos) << line << "\n" << result.Messages;
-    EXPECT_EQ(result.Messages.back(), '\n') << line;
+  for (const TCase& row : CasesOf("cli/failures.tsv", 3)) {
+    std::vector<std::string> args;
+    std::istringstream words(row[0]);
+    for (std::string word; words >> word;) args.push_back(word[0] == '@' ? folder.Path(word.substr(1)) : word);
+    const TCliResult result = RunLine(args);
+    EXPECT_EQ(result.Code, row.Int(1)) << row.Place() << "\n" << result.Messages;
+    EXPECT_EQ(result.Messages.find("tessarine: "), 0u) << row.Place();
+    EXPECT_NE(result.Messages.find(row[2]), std::string::npos) << row.Place() << "\n" << result.Messages;
+    EXPECT_EQ(result.Messages.back(), '\n') << row.Place();
   }
-  EXPECT_EQ(RunLine({"eval", "--batch", path("bad.jsonl")}).Out.find("{\"type\":\"number\",\"value\":1,"), 0u)
+  EXPECT_EQ(RunLine({"eval", "--batch", folder.Path("bad.jsonl")}).Out.find("{\"type\":\"number\",\"value\":1,"), 0u)
       << "answers before the failure are kept";
 }
 

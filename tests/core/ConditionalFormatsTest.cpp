@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string>
 
 #include <tessarine/core/lists/ConditionalFormats.h>
 #include <tessarine/platform/Unicode.h>
+
+#include "../support/CaseTable.h"
+#include "../support/SheetFixture.h"
 
 namespace tessarine {
 namespace {
@@ -21,41 +23,17 @@ TConditionalFormatRule RuleOf(TCfOperator AOperator, TText AFirst, TText ASecond
 }
 
 TEST(ConditionalFormats, OperatorsCompareNumbersElseTexts) {
-  const struct {
-    TCfOperator Operator;
-    const char16_t* First;
-    const char16_t* Second;
-    TCellValue Value;
-    bool Matches;
-  } cases[] = {
-      {cfoGreaterThan, u"abc", u"", TCellValue::FromNumber(5), false},  // as texts
-      {cfoGreaterThan, u"9", u"", TCellValue::FromText(u"10"), false},  // a text is no number
-      {cfoGreaterThan, u" 9 ", u"", TCellValue::FromNumber(10), true},
-      {cfoBetween, u"10", u"1", TCellValue::FromNumber(5), true},
-      {cfoNotBetween, u"10", u"1", TCellValue::FromNumber(5), false},
-      {cfoBetween, u"1", u"x", TCellValue::FromNumber(5), true},  // as texts: "1" <= "5" <= "X"
-      {cfoCellValue, u"0.3", u"", TCellValue::FromNumber(0.1 + 0.2), true},
-      {cfoNotEqual, u"0.3", u"", TCellValue::FromNumber(0.1 + 0.2), false},
-      {cfoEqual, u"", u"", TCellValue(), true},
-      {cfoEqual, u" ab", u"", TCellValue::FromText(u"AB "), true},
-      {cfoEqual, u"=A1", u"", TCellValue::FromText(u"=a1"), true},
-      {cfoContainsText, u"", u"", TCellValue::FromNumber(1), true},
-      {cfoContainsText, u"2.", u"", TCellValue::FromNumber(12.5), true},
-      {cfoNotContainsText, u"B", u"", TCellValue::FromText(u"abc"), false},
-      {cfoBeginsWith, u"#n", u"", TCellValue::FromError(ceNA), true},
-      {cfoEndsWith, u"ue", u"", TCellValue::FromBoolean(true), true},
-      {cfoLessEqual, u"b", u"", TCellValue::FromText(u"B"), true},
-      {cfoGreaterEqual, u"1e400", u"", TCellValue::FromNumber(2), true},  // no number: "2" >= "1E400"
-  };
-  for (const auto& row : cases) {
+  test::ExpectCases("core/conditions.tsv", [](const test::TCase& ACase) {
+    EXPECT_EQ(CfOperatorName(ParseCfOperator(ACase.Text(0))), ACase.Text(0)) << ACase.Place();
+    const TCellValue value = testing::ContentOf(ACase[3]);
     TConditionalFormatList list;
-    list.AddRule(RuleOf(row.Operator, row.First, row.Second));
+    list.AddRule(RuleOf(ParseCfOperator(ACase.Text(0)), ACase.Text(1), ACase.Text(2)));
     TCellFormat format;
-    EXPECT_EQ(list.Evaluate(2, 2, row.Value.View(), format), row.Matches)
-        << Utf16ToUtf8(CfOperatorName(row.Operator)) << " " << Utf16ToUtf8(row.First);
-    EXPECT_EQ(format.Font.Bold, row.Matches);
-    EXPECT_FALSE(list.Evaluate(11, 2, row.Value.View(), format));
-  }
+    const bool matches = list.Evaluate(2, 2, value.View(), format);
+    EXPECT_EQ(format.Font.Bold, matches) << ACase.Place();
+    EXPECT_FALSE(list.Evaluate(11, 2, value.View(), format)) << ACase.Place();
+    return matches;
+  });
 }
 
 TEST(ConditionalFormats, OperatorsHaveManySpellings) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -7,6 +9,8 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/platform/Unicode.h>
+
+#include "../support/CaseTable.h"
 
 namespace tessarine {
 namespace {
@@ -22,42 +26,27 @@ TDataValidationRule RuleOf(TDataValidationType AType, TDataValidationOperator AO
   return rule;
 }
 
-TEST(DataValidations, EntriesAreJudgedByTypeAndOperator) {
-  const struct {
-    TDataValidationRule Rule;
-    const char16_t* Accepted;  // separated by "|"
-    const char16_t* Rejected;
-  } cases[] = {
-      {RuleOf(dvtWhole, dvoBetween, u"10", u"1"), u" 7 |1|1E1", u"2.5|abc|11|"},
-      {RuleOf(dvtDecimal, dvoNotBetween, u"1", u"2"), u"0.5|2.1", u"1|1.5|x"},
-      {RuleOf(dvtDecimal, dvoEqual, u"0.3"), u"0.3000000000000001", u"0.31"},
-      {RuleOf(dvtDecimal, dvoNotEqual, u"0.3"), u"0.31", u"0.3"},
-      {RuleOf(dvtDecimal, dvoGreaterThan, u"=A1"), u"1", u"0|-1"},  // a bound that is no number is 0
-      {RuleOf(dvtDecimal, dvoLessEqual, u"5"), u"5|-1", u"5.1"},
-      {RuleOf(dvtDate, dvoGreaterEqual, u"45322"), u"2024-01-31|45322.5", u"2024-01-30|2024-01-31 10:00|x"},
-      {RuleOf(dvtTextLength, dvoBetween, u"0", u"3"), u"abc||  x  ", u"abcd"},
-      {RuleOf(dvtList, dvoBetween, u"\"Red, green,,Blue\""), u"RED|blue| green ", u"x|Red, green|"},
-      {RuleOf(dvtList, dvoBetween, u"=$A$1:$A$3"), u"", u"x|"},
-      {RuleOf(dvtCustom, dvoBetween, u"=FALSE"), u"x|", u""},
-      {RuleOf(dvtNone, dvoBetween, u""), u"x|", u""},
+TEST(DataValidations, ExamplesHold) {
+  const std::map<std::string, TDataValidationType> types = {
+      {"none", dvtNone},       {"list", dvtList}, {"whole", dvtWhole},
+      {"decimal", dvtDecimal}, {"date", dvtDate}, {"textLength", dvtTextLength},
+      {"custom", dvtCustom},
   };
-  for (const auto& row : cases) {
+  const std::vector<std::string> operators = {"between",     "notBetween", "equal",        "notEqual",
+                                              "greaterThan", "lessThan",   "greaterEqual", "lessEqual"};
+  const auto entry = [&](const test::TCase& ACase) {
+    const auto found = std::find(operators.begin(), operators.end(), ACase[2]);
+    const auto compare = static_cast<TDataValidationOperator>(found - operators.begin());
     TDataValidationList list;
-    list.AddRule(row.Rule);
-    const auto judge = [&](std::u16string_view ATexts, bool AWanted) {
-      if (ATexts.empty()) return;
-      for (size_t at = 0; at <= ATexts.size();) {
-        const size_t end = std::min(ATexts.find(u'|', at), ATexts.size());
-        const std::u16string_view text = ATexts.substr(at, end - at);
-        EXPECT_EQ(list.ValidateValue(2, 5, text).IsAccepted, AWanted)
-            << Utf16ToUtf8(row.Rule.Formula1) << ": \"" << Utf16ToUtf8(text) << '"';
-        at = end + 1;
-      }
-    };
-    judge(row.Accepted, true);
-    judge(row.Rejected, false);
+    list.AddRule(RuleOf(types.at(ACase[1]), compare, ACase.Text(3).c_str(), ACase.Text(4).c_str()));
     EXPECT_TRUE(list.ValidateValue(3, 1, u"no rule here").IsAccepted);
-  }
+    return list.ValidateValue(2, 5, ACase.Text(5)).IsAccepted;
+  };
+  using TList = TDataValidationList;
+  test::ExpectCases("core/validations.tsv",
+                    {{"entry", entry},
+                     {"is-range", [](const test::TCase& ACase) { return TList::IsListRangeFormula(ACase.Text(1)); }},
+                     {"items", [](const test::TCase& ACase) { return TList::ParseListItems(ACase.Text(1)); }}});
 }
 
 TEST(DataValidations, RejectionsCarryTheRulesTextsOrTheDefaults) {
@@ -79,14 +68,6 @@ TEST(DataValidations, RejectionsCarryTheRulesTextsOrTheDefaults) {
   const TText items[] = {u"A", u"B"};
   list.ReplaceRule(0, RuleOf(dvtList, dvoBetween, u"=A1:A2"));
   EXPECT_TRUE(list.ValidateValue(1, 1, u"b", items).IsAccepted);
-}
-
-TEST(DataValidations, SourcesOfListsAreRangesOrItems) {
-  for (const char16_t* text : {u"=$A$1:$A$3", u"a1", u"Tax1", u"Lists!B2:B9", u"='My list'!$B$2", u"A,B2"})
-    EXPECT_TRUE(TDataValidationList::IsListRangeFormula(text)) << Utf16ToUtf8(text);
-  for (const char16_t* text : {u"", u" ", u"\"A1\"", u"A1,B2", u"Yes1", u"Yes,No", u"=Names"})
-    EXPECT_FALSE(TDataValidationList::IsListRangeFormula(text)) << Utf16ToUtf8(text);
-  EXPECT_EQ(TDataValidationList::ParseListItems(u"\"a, b,,c\""), (std::vector<TText>{u"a", u"b", u"c"}));
 }
 
 TEST(DataValidations, TheFirstRuleAtACellCountsAndNamesTakeTheLast) {

@@ -2,14 +2,16 @@
 
 #include <initializer_list>
 #include <limits>
+#include <map>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <tessarine/core/lists/Drawings.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/core/undo/DrawingCommands.h>
+
+#include "../support/CaseTable.h"
 
 namespace tessarine {
 namespace {
@@ -38,47 +40,35 @@ TEST(Drawings, PixelsAndEmuConvertAndStayInBounds) {
   EXPECT_EQ(PixelsToEmu(std::numeric_limits<float>::quiet_NaN(), 96), 0);
 }
 
-TEST(Drawings, AnchorsFollowInsertedDeletedAndMovedLines) {
-  enum TStep { stShift, stMove };
-  const struct {
-    TDrawingAnchorKind Kind;
-    int32_t From, To;
-    TStep Step;
-    int64_t Start, Count, Dest;  // a shift by Count, or a move of Count lines to Dest
-    const char* Result;
-  } cases[] = {
-      {dakTwoCell, 3, 6, stShift, 3, 2, 0, "5-8"},   {dakTwoCell, 3, 6, stShift, 4, 2, 0, "3-8"},
-      {dakTwoCell, 3, 6, stShift, 3, -4, 0, "gone"}, {dakTwoCell, 3, 6, stShift, 1, -9, 0, "gone"},
-      {dakTwoCell, 3, 6, stShift, 2, -3, 0, "2-3"},  {dakTwoCell, 3, 6, stShift, 5, -4, 0, "3-4"},
-      {dakTwoCell, 3, 6, stShift, 4, -2, 0, "3-4"},  {dakTwoCell, 3, 3, stShift, 3, -1, 0, "gone"},
-      {dakTwoCell, 3, 6, stShift, 7, -2, 0, "3-6"},  {dakTwoCell, 3, 6, stShift, 2, 0, 0, "3-6"},
-      {dakOneCell, 3, 9, stShift, 3, -1, 0, "gone"}, {dakOneCell, 3, 9, stShift, 1, 4, 0, "7-9"},
-      {dakOneCell, 3, 9, stShift, 8, -4, 0, "3-9"},  {dakAbsolute, 3, 6, stShift, 1, -9, 0, "3-6"},
-      {dakTwoCell, 3, 6, stMove, 6, 1, 1, "1-4"},    {dakTwoCell, 3, 6, stMove, 3, 1, 8, "5-8"},
-      {dakOneCell, 3, 9, stMove, 3, 1, 8, "8-9"},    {dakAbsolute, 3, 6, stMove, 3, 1, 8, "3-6"},
-  };
-  for (const auto& row : cases) {
-    for (const bool rows : {true, false}) {
-      TSheetDrawingList drawings;
-      drawings.Add(Named("a"));
-      TDrawingAnchor& anchor = drawings.GetItem(0)->Anchor;
-      anchor = {row.Kind, row.From, row.From, 7, 7, row.To, row.To, 8, 8, 0, 0, 0, 0};
-      const TDrawingAnchor before = anchor;
-      if (row.Step == stShift) {
-        rows ? drawings.ShiftRows(row.Start, row.Count) : drawings.ShiftColumns(row.Start, row.Count);
-      } else {
-        rows ? drawings.MoveRows(row.Start, row.Count, row.Dest) : drawings.MoveColumns(row.Start, row.Count, row.Dest);
-      }
-      std::string result = "gone";
-      if (const TSheetDrawing* left = drawings.GetItem(0)) {
-        const TDrawingAnchor& now = left->Anchor;
-        result = std::to_string(rows ? now.FromRow : now.FromCol) + "-" + std::to_string(rows ? now.ToRow : now.ToCol);
-        EXPECT_EQ(rows ? now.FromCol : now.FromRow, before.FromCol) << row.Result;
-        EXPECT_EQ(now.FromRowOffEmu + now.ToColOffEmu, 15) << row.Result;
-      }
-      EXPECT_EQ(result, row.Result) << row.From << " " << row.Start << " " << row.Count << " rows " << rows;
-    }
+/// The lines of a drawing after an edit, which is that of rows or of columns.
+std::string EditedLines(const test::TCase& ACase, bool ARows) {
+  const std::map<std::string, TDrawingAnchorKind> kinds = {
+      {"two cells", dakTwoCell}, {"one cell", dakOneCell}, {"none", dakAbsolute}};
+  const int32_t from = ACase.Int(2), to = ACase.Int(3);
+  const int64_t start = ACase.Integer(4), count = ACase.Integer(5);
+  TSheetDrawingList drawings;
+  drawings.Add(Named("a"));
+  drawings.GetItem(0)->Anchor = {kinds.at(ACase[1]), from, from, 7, 7, to, to, 8, 8, 0, 0, 0, 0};
+  if (ACase[0] == "shift") {
+    ARows ? drawings.ShiftRows(start, count) : drawings.ShiftColumns(start, count);
+  } else {
+    const int64_t dest = ACase.Integer(6);
+    ARows ? drawings.MoveRows(start, count, dest) : drawings.MoveColumns(start, count, dest);
   }
+  const TSheetDrawing* left = drawings.GetItem(0);
+  if (!left) return "gone";
+  const TDrawingAnchor& now = left->Anchor;
+  EXPECT_EQ(ARows ? now.FromCol : now.FromRow, from) << ACase.Place();
+  EXPECT_EQ(now.FromRowOffEmu + now.ToColOffEmu, 15) << ACase.Place();
+  return std::to_string(ARows ? now.FromRow : now.FromCol) + "-" + std::to_string(ARows ? now.ToRow : now.ToCol);
+}
+
+TEST(Drawings, AnchorsFollowInsertedDeletedAndMovedLines) {
+  const auto edited = [](const test::TCase& ACase) {
+    EXPECT_EQ(EditedLines(ACase, false), EditedLines(ACase, true)) << ACase.Place();
+    return EditedLines(ACase, true);
+  };
+  test::ExpectCases("core/drawing_anchors.tsv", {{"shift", edited}, {"move", edited}});
 }
 
 TEST(Drawings, TheBagGoesWithTheLastDeletedDrawingOnly) {
@@ -130,14 +120,6 @@ TEST(Drawings, ChartReferencesAreRewrittenInAllGroups) {
     EXPECT_TRUE(now.SizesFormula.IsEmpty());
   }
   EXPECT_EQ(copy->Series[0], series);
-}
-
-TEST(Drawings, ManualLayoutNeedsACoordinate) {
-  TSheetChartManualLayout layout;
-  layout.Overlay = true;
-  EXPECT_FALSE(layout.HasManual());
-  layout.HasH = true;
-  EXPECT_TRUE(layout.HasManual());
 }
 
 TEST(DrawingCommands, DoAndTakeBackAndFindTheirDrawing) {

@@ -9,60 +9,20 @@
 #include <tessarine/core/values/Address.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
+
 namespace tessarine::detail {
 namespace {
 
-struct TPlacedText {
-  const char16_t* Text;
-  const char* Cell;
-};
-
-TCellAddress At(const char* ACell) { return TCellAddress::FromA1(Utf8ToUtf16(ACell)); }
-
-TFormulaTemplate* Intern(TFormulaPool& APool, const TPlacedText& AText) {
-  const TCellAddress at = At(AText.Cell);
-  return APool.Intern(AText.Text, at.Col, at.Row);
-}
-
 TEST(FormulaTemplates, CopiesOfOneFormulaShareATemplateAndOthersDoNot) {
-  const struct {
-    TPlacedText First;
-    TPlacedText Second;
-    bool Shared;
-  } cases[] = {
-      {{u"=A1+1", "B1"}, {u"=A2+1", "B2"}, true},
-      {{u"=A1+1", "B1"}, {u"=C1+1", "D1"}, true},
-      {{u"=A1+1", "B1"}, {u"=A1+1", "B2"}, false},
-      {{u"=A1+1", "B1"}, {u"=A2+2", "B2"}, false},
-      {{u"=$A$1+1", "B1"}, {u"=$A$1+1", "C9"}, true},
-      {{u"=$A1", "B1"}, {u"=$A2", "D2"}, true},
-      {{u"=A$1", "B1"}, {u"=B$1", "C7"}, true},
-      {{u"=$A1", "B1"}, {u"=A1", "B1"}, false},
-      {{u"=SUM(A$1:A1)", "B1"}, {u"=SUM(A$1:A1000)", "B1000"}, true},
-      {{u"=Sheet1!A1", "B1"}, {u"=Sheet1!A2", "B2"}, true},
-      {{u"=Sheet1!A1", "B1"}, {u"=sheet1!A2", "B2"}, false},
-      {{u"='A1'!A1", "B1"}, {u"='A2'!A2", "B2"}, false},  // a quoted sheet name is no reference
-      {{u"=A1!B1", "B1"}, {u"=A2!B2", "B2"}, false},      // nor is one without quotes
-      {{u"=\"A1\"", "B1"}, {u"=\"A2\"", "B2"}, false},    // nor a text
-      {{u"=T[A1]", "B1"}, {u"=T[A2]", "B2"}, false},      // nor a table's column
-      {{u"=T[[#All],[A1]]", "B1"}, {u"=T[[#All],[A2]]", "B2"}, false},
-      {{u"=LOG10(1)", "B1"}, {u"=LOG11(1)", "B2"}, false},  // nor a function
-      {{u"=LOG10 (1)", "B1"}, {u"=LOG11 (1)", "B2"}, false},
-      {{u"=a1", "B1"}, {u"=a2", "B2"}, false},  // other spellings stay as they are
-      {{u"=A01", "B1"}, {u"=A02", "B2"}, false},
-      {{u"=XFE1", "B1"}, {u"=XFE2", "B2"}, false},  // outside the sheet
-      {{u"=A1048577", "B1"}, {u"=A1048578", "B2"}, false},
-      {{u"=A1048576", "B1048576"}, {u"=A1", "B1"}, true},
-      {{u"", "B1"}, {u"", "B2"}, true},
-      {{u"A1", "B1"}, {u"A2", "B2"}, true},  // without "=" as well
-      {{u"= A1", "B1"}, {u"=A1", "B1"}, false},
-  };
-  for (const auto& row : cases) {
+  test::ExpectCases("core/formula_templates.tsv", [](const test::TCase& ACase) {
     TFormulaPool pool;
-    const TFormulaTemplate* first = Intern(pool, row.First);
-    const TFormulaTemplate* second = Intern(pool, row.Second);
-    EXPECT_EQ(first == second, row.Shared) << Utf16ToUtf8(row.First.Text) << " and " << Utf16ToUtf8(row.Second.Text);
-  }
+    const auto intern = [&](size_t AField) {
+      const TCellAddress at = TCellAddress::FromA1(ACase.Text(AField + 1));
+      return pool.Intern(ACase.Text(AField), at.Col, at.Row);
+    };
+    return intern(0) == intern(2) ? "same" : "other";
+  });
 }
 
 TEST(FormulaTemplates, TellTheirReferencesWithPlaceAndDistance) {

@@ -8,7 +8,11 @@
 #include <tessarine/core/html/HtmlTable.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
+
 using namespace tessarine;
+using test::ExpectCases;
+using test::TCase;
 
 namespace {
 
@@ -64,86 +68,28 @@ TEST(HtmlClipboard, TheHeaderTellsOffsetsInBytes) {
   EXPECT_EQ(ExtractHtmlFragment(FromClipboardHtml(ToClipboardHtml(std::u16string(u"a\0b", 3)))), u"ab");
 }
 
-TEST(HtmlClipboard, FragmentsOfForeignHeadersAreFound) {
-  const struct {
-    const char* Html;
-    const char* Fragment;
-  } cases[] = {
-      {"", ""},
-      {"no header", "no header"},
-      {"a<!--StartFragment-->b<!--EndFragment-->c<!--EndFragment-->", "b"},
-      {"<!--EndFragment-->a<!--StartFragment-->b", "<!--EndFragment-->a<!--StartFragment-->b"},
-      {"EndFragment:40\nStartFragment:000038\n\xC3\xBCxyz", "xy"},
-      {"EndFragment:40\nStartFragment: 35\n12345", "EndFragment:40\nStartFragment: 35\n12345"},
-      {"StartFragment:0\nEndFragment:15\nx", "StartFragment:0"},
-      {"StartFragment:4\nEndFragment:99999999999999999999999\n", "tFragment:4\nEndFragment:99999999999999999999999\n"},
-      {"StartFragment:-1\nEndFragment:5\n", "StartFragment:-1\nEndFragment:5\n"},
-      {"StartFragment:7\nEndFragment:7\n", "StartFragment:7\nEndFragment:7\n"},
-      {"StartFragment:500\nEndFragment:600\n", ""},
+TEST(HtmlClipboard, ExamplesHold) {
+  const auto fragment = [](const TCase& ACase) {
+    const std::u16string html = ACase.Text(1);
+    return std::u16string(ExtractHtmlFragment(html));
   };
-  for (const auto& row : cases)
-    EXPECT_EQ(Utf16ToUtf8(ExtractHtmlFragment(Utf8ToUtf16(row.Html))), row.Fragment) << row.Html;
-}
-
-TEST(HtmlClipboard, BlocksBecomeRows) {
-  const struct {
-    const char* Html;
-    const char* Rows;
-  } cases[] = {
-      {"", "none"},
-      {" \r\n<b></b> ", "none"},
-      {"one <i>cell</i>", "one cell*;"},
-      {"<p>a</p><p></p><p>b<br>c</p>", "a;;b/c;"},
-      {"<ul>\r\n<li>a</li>\r\n<li>b</ul>", "a;b;"},
-      {"x<div>y<p>a</p>z</div> ", "x;y;a;z;"},
-      {"<div><div><p></p></div></div>", ";"},
-      {"<h1>a</h1><h4>b</h4><blockquote>c</blockquote>", "a*;b;c;"},
-      {"<style>.m{color:red}</style><p class=m style='font-weight:bold'>a</p>b", "a<color:red;font-weight:bold>*;b;"},
-      {"<script>'<p>x</p>'</script><p>a<!-- </p> --></P ><p/>b", "a;b;"},
-      {"<p>a<p>b</p", "a;b;"},
+  const auto pasted = [](const TCase& ACase) {
+    const std::string html =
+        "Version:0.9\r\n<html><style>.x{color:red}</style><p>before</p><table><!--StartFragment-->" + ACase[1] +
+        "<!--EndFragment--></table><p>behind</p>";
+    return Shown(TryParseHtmlClipboard(Utf8ToUtf16(html)));
   };
-  for (const auto& row : cases) EXPECT_EQ(Shown(TryParseHtmlBlocks(Utf8ToUtf16(row.Html))), row.Rows) << row.Html;
-}
-
-TEST(HtmlClipboard, TablesComeBeforeBlocksAndKnowTheDocumentsStyles) {
-  const std::string head = "Version:0.9\r\n<html><style>.x{color:red}</style><p>before</p><table>";
-  const struct {
-    const char* Fragment;
-    const char* Rows;
-  } cases[] = {
-      {"<tr><td class=x>1</td><td><p>2</p><p>3</p></td></tr><tr><td>4</td></tr>", "1<color:red>|2/3;4;"},
-      {"<p class=x>a</p><div>b</div>", "a<color:red>;b;"},
-      {"<table></table><p>a</p>", "a;"},
-      {"", "none"},
-  };
-  for (const auto& row : cases) {
-    const std::string html = head + "<!--StartFragment-->" + row.Fragment + "<!--EndFragment--></table><p>behind</p>";
-    EXPECT_EQ(Shown(TryParseHtmlClipboard(Utf8ToUtf16(html))), row.Rows) << row.Fragment;
-  }
-  EXPECT_EQ(Shown(TryParseHtmlClipboard(u"x<tr><td>1</td></tr>")), "1;");
-}
-
-TEST(HtmlClipboard, StylesAreLaidOverFormats) {
-  const struct {
-    const char16_t* Css;
-    uint32_t Fill;  // 0: as it was
-  } cases[] = {
-      {u"BACKGROUND-COLOR : #ff0", 0xFFFFFF00},
-      {u"background:white;background-color:rgb(1, 2, 3)", 0xFF010203},
-      {u"background:#abc none repeat", 0xFFAABBCC},
-      {u"background:Red url(x.png)", 0xFFFF0000},
-      {u"background:transparent;background-color:none", 0},
-      {u"background:url(x.png);background-color:;color:red", 0},
-  };
-  for (const auto& row : cases) {
+  const auto fill = [](const TCase& ACase) {
     TCellFormat format;
     format.Fill = TCellFillInfo::Gradient({}, {}, 45);
-    ApplyCssToFormat(std::u16string(row.Css) + u";font-weight:bold", format);
-    const auto fill =
-        row.Fill ? TCellFillInfo::Solid(TColorRef::FromARGB(row.Fill)) : TCellFillInfo::Gradient({}, {}, 45);
-    EXPECT_EQ(format.Fill, fill) << Utf16ToUtf8(row.Css);
-    EXPECT_TRUE(format.Font.Bold);
-  }
+    ApplyCssToFormat(ACase.Text(1) + u";font-weight:bold", format);
+    EXPECT_TRUE(format.Font.Bold) << ACase.Place();
+    if (format.Fill == TCellFillInfo::Gradient({}, {}, 45)) return std::string("as it was");
+    EXPECT_EQ(format.Fill, TCellFillInfo::Solid(format.Fill.ForegroundColor)) << ACase.Place();
+    return test::ShownColor(format.Fill.ForegroundColor.ARGB);
+  };
+  ExpectCases("core/html_clipboard.tsv", {{"fragment", fragment}, {"pasted", pasted}, {"fill", fill}});
+  EXPECT_EQ(Shown(TryParseHtmlClipboard(u"x<tr><td>1</td></tr>")), "1;");
 }
 
 TEST(HtmlClipboard, TheBridgeCarriesTextAndHtml) {

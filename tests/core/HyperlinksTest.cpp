@@ -16,40 +16,6 @@ std::string LinkAt(const THyperlinkList& ALinks, int32_t ACol, int32_t ARow) {
   return target ? target->ToUtf8() : "-";
 }
 
-TEST(Hyperlinks, TargetsAreKeptAsGivenAndBlankOnesClear) {
-  THyperlinkList links;
-  links.SetHyperlink(2, 3, u" http://x ");
-  EXPECT_EQ(LinkAt(links, 2, 3), " http://x ");
-  EXPECT_EQ(LinkAt(links, 3, 2), "-");
-  links.SetHyperlink(2, 3, u"new");
-  EXPECT_EQ(LinkAt(links, 2, 3), "new");
-  EXPECT_EQ(links.Count(), 1);
-  links.SetHyperlink(2, 3, u" \t ");
-  EXPECT_TRUE(links.IsEmpty());
-  links.SetHyperlink(0, -5, u"outside");
-  EXPECT_EQ(LinkAt(links, 0, -5), "outside");
-  links.ClearHyperlink(0, -5);
-  EXPECT_EQ(links.Count(), 0);
-}
-
-TEST(Hyperlinks, AWholeSheetIsOneRecordWithHoles) {
-  THyperlinkList links;
-  links.SetHyperlinkRange({kMaxCol, kMaxRow, 1, 1}, u"all");
-  EXPECT_EQ(links.Count(), int64_t{kMaxCol} * kMaxRow);
-  links.ClearHyperlink(5, 5);
-  links.SetHyperlink(6, 6, u"own");
-  EXPECT_EQ(links.Count(), int64_t{kMaxCol} * kMaxRow - 1);
-  EXPECT_EQ(LinkAt(links, 5, 5), "-");
-  EXPECT_EQ(LinkAt(links, 6, 6), "own");
-  EXPECT_EQ(LinkAt(links, 5, 6), "all");
-  EXPECT_EQ(LinkAt(links, kMaxCol, kMaxRow), "all");
-  size_t records = 0;
-  links.ForEach([&](const TCellRange&, const TText&) { ++records; });
-  EXPECT_LE(records, 9u);
-  links.SetHyperlinkRange({1, 1, kMaxCol, kMaxRow}, u"");
-  EXPECT_TRUE(links.IsEmpty());
-}
-
 using TPlainLinks = std::map<std::pair<int32_t, int32_t>, std::string>;
 
 TPlainLinks Expanded(const THyperlinkList& ALinks) {

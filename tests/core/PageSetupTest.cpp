@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 #include <tessarine/core/lists/PageSetup.h>
@@ -47,28 +46,6 @@ TEST(PageSetup, NamesAreWrittenAndReadBack) {
   EXPECT_EQ(FormatPrintAreaExpr(u"Data", {3, 9, 1, 1}), u"Data!$A$1:$C$9");
   EXPECT_EQ(FormatPrintAreaExpr(u"Bob's data", {1, 1, 1, 1}), u"'Bob''s data'!$A$1:$A$1");
   EXPECT_EQ(FormatPrintTitlesExpr(u"S", true, {1, 1, 3, kMaxRow}, true, {1, 1, kMaxCol, 2}), u"S!$A:$C,S!$1:$2");
-  const struct {
-    const char16_t* Text;
-    const char* Sheet;
-    const char* Range;
-  } cases[] = {
-      {u"'Bob''s, data'!$A$1:$C$9", "Bob's, data", "A1:C9"},
-      {u"S!$A:$C", "S", "A1:C1048576"},
-      {u"$2:$1", "", "A1:XFD2"},
-      {u"S!B7", "S", "B7"},
-      {u"'Now''!s!'!$B:$B", "Now'!s!", "B1:B1048576"},
-      {u"Bob's!$A$1", "Bob's", "A1"},
-      {u"S!#REF!", nullptr, nullptr},
-      {u"S!$A:$2", nullptr, nullptr},
-      {u"", nullptr, nullptr},
-  };
-  for (const auto& row : cases) {
-    const auto parsed = TryParseSheetRange(row.Text);
-    ASSERT_EQ(parsed.has_value(), row.Sheet != nullptr) << Utf16ToUtf8(row.Text);
-    if (!parsed) continue;
-    EXPECT_EQ(Utf16ToUtf8(parsed->Sheet), row.Sheet);
-    EXPECT_EQ(Utf16ToUtf8(parsed->Range.ToA1()), row.Range);
-  }
   TPageSetup setup;
   ApplyPrintAreaExpr(setup, u"S!$B$2:$C$3, s!$F$9 ,Other!$A$1,broken", u"S");
   EXPECT_EQ(setup.PrintArea(), (TCellRange{2, 2, 6, 9}));

@@ -1,78 +1,71 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
 #include <memory>
 #include <random>
 #include <string>
-#include <vector>
 
 #include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/values/Address.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "ListCases.h"
+
 namespace tessarine {
 namespace {
 
-TEST(RowColSizing, SizesBecomePixels) {
-  const TRowColSizing sizing;
-  EXPECT_EQ(sizing.ColWidthToPixels(8.43, 96), 64);
-  EXPECT_EQ(sizing.ColWidthToPixels(8.43, 144), 96);
-  EXPECT_EQ(sizing.ColWidthToPixels(-3, 96), 1);
-  EXPECT_EQ(TRowColSizing::RowHeightToPixels(15, 96), 20);
-  EXPECT_EQ(TRowColSizing::RowHeightToPixels(0.001, 96), 1);
-  EXPECT_EQ(TRowColSizing::RowHeightToPixels(1.125, 96), 2);  // 1.5
-  EXPECT_EQ(TRowColSizing::RowHeightToPixels(1.875, 96), 2);  // 2.5, a tie goes to even
-  EXPECT_EQ(TRowColSizing::RowHeightToPixels(1e300, 96), 2147483647);
-  EXPECT_EQ(TRowColSizing::RowHeightToPixels(std::nan(""), 96), 1);
-  TRowColSizing narrow;
-  narrow.SetMaxDigitWidth(0.5);
-  EXPECT_EQ(narrow.ColWidthToPixels(8.43, 96), 64);
-  narrow.SetMaxDigitWidth(10);
-  EXPECT_EQ(narrow.ColWidthToPixels(2, 96), 25);
+std::string HiddenRows(const TRowColSizing& ASizing) {
+  std::string text;
+  for (int32_t row = 1; row <= 12; ++row) text += ASizing.IsRowHidden(row) ? 'x' : '.';
+  return text;
 }
 
-TEST(RowColSizing, CustomHeightsWinOverMeasuredOnes) {
-  TRowColSizing sizing;
-  sizing.SetAutoRowHeightPt(3, 30);
-  EXPECT_EQ(sizing.GetRowHeightPt(3), 30);
-  EXPECT_FALSE(sizing.HasCustomRowHeight(3));
-  sizing.SetRowHeightPt(3, 10);
-  EXPECT_EQ(sizing.GetRowHeightPt(3), 10);
-  sizing.SetAutoRowHeightPt(3, 40);
-  EXPECT_EQ(sizing.GetRowHeightPt(3), 10);
-  sizing.SetAutoRowHeightPt(4, 30);
-  sizing.SetAutoRowHeightPt(4, 15.005);
-  EXPECT_EQ(sizing.GetRowHeightPt(4), 15);
-  sizing.SetAutoRowHeightPt(5, 30);
-  sizing.SetDefaultRowHeight(50);
-  EXPECT_EQ(sizing.GetRowHeightPt(5), 50);
-  sizing.Clear();
-  EXPECT_EQ(sizing.GetRowHeightPt(3), 50);
+std::string MarkedLines(const TRowColSizing& ASizing) {
+  std::string text;
+  const auto mark = [&](bool AIsMarked, const char* AMark, int32_t ARow) {
+    if (AIsMarked) text += (text.empty() ? "" : " ") + std::string(AMark) + std::to_string(ARow);
+  };
+  for (int32_t row = 1; row <= 14; ++row) {
+    mark(ASizing.GetRowHeightPt(row) != 15, "h", row);
+    mark(ASizing.IsRowHidden(row), "x", row);
+    mark(ASizing.GetRowOutlineLevel(row) > 0, "l", row);
+    mark(ASizing.IsRowCollapsed(row), "c", row);
+  }
+  return text;
 }
 
-TEST(RowColSizing, OffsetsOfADefaultSheetAreOneDivision) {
-  const TRowColSizing sizing;
-  const std::pair<int64_t, int32_t> cases[] = {
-      {-5, 1}, {0, 1}, {19, 1}, {20, 2}, {20971500, 1048576}, {int64_t{1} << 60, 1048576}};
-  for (const auto& [offset, row] : cases) EXPECT_EQ(sizing.FindRowAtOffset(offset, 96), row) << offset;
-  EXPECT_EQ(sizing.FindColAtOffset(64, 96), 2);
-  EXPECT_EQ(sizing.FindColAtOffset(int64_t{1} << 40, 96), 16384);
-  EXPECT_EQ(sizing.GetCumulativeColWidthBefore(1, 96), 0);
-  EXPECT_EQ(sizing.GetCumulativeColWidthBefore(3, 96), 128);
-  EXPECT_EQ(sizing.GetCumulativeRowHeightBefore(-7, 96), 0);
+/// Rows 3 and 4 are summed up in 5; all of 2 to 6 in 7.
+void Nest(TRowColSizing& ASizing) {
+  for (const int32_t row : {2, 5, 6}) ASizing.SetRowOutlineLevel(row, 1);
+  for (const int32_t row : {3, 4}) ASizing.SetRowOutlineLevel(row, 2);
 }
 
-TEST(RowColSizing, HiddenRowsHaveNoHeight) {
-  TRowColSizing sizing;
-  for (const int32_t row : {2, 3, 4}) sizing.SetRowHidden(row, true);
-  sizing.SetRowHeightPt(3, 90);
-  EXPECT_EQ(sizing.GetRowHeightPixels(3, 96), 0);
-  EXPECT_EQ(sizing.GetCumulativeRowHeightBefore(5, 96), 20);
-  EXPECT_EQ(sizing.FindRowAtOffset(20, 96), 5);  // the last of equal starts
-  sizing.SetRowHidden(3, false);
-  EXPECT_EQ(sizing.FindRowAtOffset(20, 96), 3);
-  EXPECT_EQ(sizing.GetCumulativeRowHeightBefore(5, 96), 140);
+TEST(RowColSizing, ExamplesHold) {
+  using T = TRowColSizing;
+  const std::map<std::string, test::TStepWork<T>> steps = {
+      // clang-format off
+      {"pixels-of-width", &T::ColWidthToPixels}, {"pixels-of-height", &T::RowHeightToPixels},
+      {"pixels-of-row", &T::GetRowHeightPixels}, {"set-digit-width", &T::SetMaxDigitWidth},
+      {"set-height", &T::SetRowHeightPt}, {"height", &T::GetRowHeightPt},
+      {"set-measured-height", &T::SetAutoRowHeightPt}, {"set-default-height", &T::SetDefaultRowHeight},
+      {"has-custom-height", &T::HasCustomRowHeight}, {"set-width", &T::SetColWidthChars},
+      {"width", &T::GetColWidthChars}, {"clear", &T::Clear}, {"row-at", &T::FindRowAtOffset},
+      {"column-at", &T::FindColAtOffset}, {"width-before", &T::GetCumulativeColWidthBefore},
+      {"height-before", &T::GetCumulativeRowHeightBefore}, {"hide-row", &T::SetRowHidden},
+      {"shift-rows", &T::ShiftRows}, {"move-rows", &T::MoveRows}, {"shift-columns", &T::ShiftColumns},
+      {"set-level", &T::SetRowOutlineLevel}, {"level", &T::GetRowOutlineLevel},
+      {"highest-level", &T::MaxRowOutlineLevel}, {"set-column-level", &T::SetColOutlineLevel},
+      {"collapse", &T::SetRowCollapsed}, {"is-collapsed", &T::IsRowCollapsed},
+      {"summary-below", &T::SetOutlineSummaryBelow}, {"group-of-row", &T::FindRowGroupDetails},
+      {"group-of-column", &T::FindColGroupDetails}, {"summary-of-row", &T::FindOwningSummaryRow},
+      {"group-level", &T::RowGroupLevel}, {"button-count", &T::OutlineLevelButtonCount},
+      {"gutter", &T::OutlineGutterPixels}, {"pitch", &T::OutlineLevelPitch}, {"button-x", &T::OutlineLevelCenterX},
+      {"button-y", &T::OutlineLevelCenterY}, {"toggle", &T::ToggleRowGroup},
+      {"show-level", &T::ShowRowOutlineLevel}, {"nest", [](T& A, const test::TCase&) { Nest(A); }},
+      {"hidden", [](T& A, const test::TCase&) { return HiddenRows(A); }},
+      {"dump", [](T& A, const test::TCase&) { return MarkedLines(A); }},
+      // clang-format on
+  };
+  test::ExpectDialogues<T>("core/line_sizes.tsv", steps);
 }
 
 /// Compares every indexed answer with the walk over all entries.
@@ -115,145 +108,12 @@ TEST(RowColSizing, TheIndexAnswersAsAWalkOverAllEntries) {
   }
 }
 
-TEST(RowColSizing, LinesComeGoAndMove) {
-  TRowColSizing sizing;
-  sizing.SetRowHeightPt(5, 50);
-  sizing.SetAutoRowHeightPt(6, 60);
-  sizing.SetRowHidden(7, true);
-  sizing.SetRowOutlineLevel(8, 3);
-  sizing.SetRowCollapsed(9, true);
-  sizing.SetColWidthChars(5, 50);
-  const auto dump = [&] {
-    std::string text;
-    for (int32_t row = 1; row <= 14; ++row) {
-      if (sizing.GetRowHeightPt(row) != 15) text += " h" + std::to_string(row);
-      if (sizing.IsRowHidden(row)) text += " x" + std::to_string(row);
-      if (sizing.GetRowOutlineLevel(row) > 0) text += " l" + std::to_string(row);
-      if (sizing.IsRowCollapsed(row)) text += " c" + std::to_string(row);
-    }
-    return text;
-  };
-  sizing.ShiftRows(6, 2);
-  EXPECT_EQ(dump(), " h5 h8 x9 l10 c11");
-  sizing.ShiftRows(9, -1);
-  EXPECT_EQ(dump(), " h5 h8 l9 c10");
-  sizing.MoveRows(8, 2, 1);
-  EXPECT_EQ(dump(), " h1 l2 h7 c10");
-  EXPECT_EQ(sizing.GetColWidthChars(5), 50);
-  sizing.ShiftColumns(5, -1);
-  EXPECT_EQ(sizing.GetColWidthChars(5), 8.43);
-  sizing.SetRowHidden(kMaxRow, true);
-  sizing.ShiftRows(1, 2147483647);
-  EXPECT_EQ(dump(), "");
-}
-
-TEST(RowColSizing, GroupsAreRecognisedByTheLevelsBesideASummary) {
-  TRowColSizing sizing;
-  for (const int32_t row : {2, 3, 4}) sizing.SetRowOutlineLevel(row, 1);
-  EXPECT_EQ(sizing.FindRowGroupDetails(5), (TOutlineGroup{2, 4}));
-  EXPECT_EQ(sizing.FindRowGroupDetails(4), std::nullopt);
-  EXPECT_EQ(sizing.FindRowGroupDetails(0), std::nullopt);
-  EXPECT_EQ(sizing.FindRowGroupDetails(kMaxRow + 1), std::nullopt);
-  EXPECT_EQ(sizing.FindOwningSummaryRow(3), 5);
-  EXPECT_EQ(sizing.FindOwningSummaryRow(6), 0);
-  EXPECT_EQ(sizing.RowGroupLevel(5), 1);
-  EXPECT_EQ(sizing.RowGroupLevel(4), 0);
-  sizing.SetOutlineSummaryBelow(false);
-  EXPECT_EQ(sizing.FindRowGroupDetails(1), (TOutlineGroup{2, 4}));
-  EXPECT_EQ(sizing.FindRowGroupDetails(5), std::nullopt);
-  EXPECT_EQ(sizing.FindOwningSummaryRow(3), 1);
-  EXPECT_EQ(sizing.FindOwningSummaryRow(2000000), 0);
-  sizing.SetColOutlineLevel(kMaxCol, 2);
-  EXPECT_EQ(sizing.FindColGroupDetails(kMaxCol), std::nullopt);
-  sizing.SetColOutlineLevel(1, 2);
-  EXPECT_EQ(sizing.FindColGroupDetails(2), (TOutlineGroup{1, 1}));
-}
-
 TEST(RowColSizing, GroupsEndAfterTenThousandSteps) {
   TRowColSizing sizing;
   for (int32_t row = 1; row <= 20000; ++row) sizing.SetRowOutlineLevel(row, 1);
   EXPECT_EQ(sizing.FindRowGroupDetails(20001), (TOutlineGroup{10000, 20000}));
   EXPECT_EQ(sizing.FindOwningSummaryRow(10001), 20001);
   EXPECT_EQ(sizing.FindOwningSummaryRow(10000), 0);
-}
-
-TEST(RowColSizing, LevelsAreClampedAndZeroRemoves) {
-  TRowColSizing sizing;
-  sizing.SetRowOutlineLevel(3, 9);
-  EXPECT_EQ(sizing.GetRowOutlineLevel(3), 7);
-  EXPECT_EQ(sizing.OutlineLevelButtonCount(), 8);
-  sizing.SetRowOutlineLevel(3, 0);
-  EXPECT_EQ(sizing.OutlineLevelButtonCount(), 0);
-  sizing.SetRowOutlineLevel(3, -4);
-  EXPECT_EQ(sizing.MaxRowOutlineLevel(), 0);
-}
-
-TEST(RowColSizing, TheGutterHasAStripPerLevel) {
-  TRowColSizing sizing;
-  EXPECT_EQ(sizing.OutlineGutterPixels(96), 0);
-  sizing.SetRowOutlineLevel(3, 2);
-  EXPECT_EQ(TRowColSizing::OutlineLevelPitch(96), 18);
-  EXPECT_EQ(TRowColSizing::OutlineLevelPitch(1), 1);
-  EXPECT_EQ(sizing.OutlineGutterPixels(96), 54);
-  EXPECT_EQ(sizing.OutlineLevelCenterX(1, 100, 96, true), 109);
-  EXPECT_EQ(sizing.OutlineLevelCenterX(1, 100, 96, false), 127);
-  EXPECT_EQ(sizing.OutlineLevelCenterX(9, 0, 96, true), 27);
-  EXPECT_EQ(sizing.OutlineLevelCenterY(9, 0, 96, true), 9);
-}
-
-std::string HiddenRows(const TRowColSizing& ASizing) {
-  std::string text;
-  for (int32_t row = 1; row <= 12; ++row) text += ASizing.IsRowHidden(row) ? 'x' : '.';
-  return text;
-}
-
-TRowColSizing NestedOutline() {
-  TRowColSizing sizing;
-  for (const int32_t row : {2, 5, 6}) sizing.SetRowOutlineLevel(row, 1);
-  for (const int32_t row : {3, 4}) sizing.SetRowOutlineLevel(row, 2);  // summed up in 5; all of 2 to 6 in 7
-  return sizing;
-}
-
-TEST(RowColSizing, InnerGroupsStayShutWhenAnOuterOneOpens) {
-  TRowColSizing sizing = NestedOutline();
-  EXPECT_FALSE(sizing.ToggleRowGroup(9));
-  EXPECT_TRUE(sizing.ToggleRowGroup(5));
-  EXPECT_EQ(HiddenRows(sizing), "..xx........");
-  EXPECT_TRUE(sizing.ToggleRowGroup(7));
-  EXPECT_EQ(HiddenRows(sizing), ".xxxxx......");
-  EXPECT_TRUE(sizing.IsRowCollapsed(7));
-  EXPECT_TRUE(sizing.ToggleRowGroup(7));
-  EXPECT_EQ(HiddenRows(sizing), "..xx........");
-  EXPECT_FALSE(sizing.IsRowCollapsed(7));
-  EXPECT_TRUE(sizing.ToggleRowGroup(5));
-  EXPECT_EQ(HiddenRows(sizing), "............");
-  sizing.SetRowHidden(2, true);  // hidden by hand counts as collapsed
-  EXPECT_TRUE(sizing.ToggleRowGroup(7));
-  EXPECT_EQ(HiddenRows(sizing), "............");
-}
-
-TEST(RowColSizing, LevelButtonsShowWhatLiesAbove) {
-  const struct {
-    int32_t Level;
-    const char* Hidden;
-    bool Collapsed5, Collapsed7;
-  } cases[] = {
-      {1, ".xxxxx......", true, true},   {-3, ".xxxxx......", true, true},   {2, "..xx........", true, false},
-      {3, "............", false, false}, {99, "............", false, false},
-  };
-  for (const auto& row : cases) {
-    TRowColSizing sizing = NestedOutline();
-    sizing.SetRowHidden(4, true);
-    sizing.SetRowCollapsed(5, true);
-    EXPECT_TRUE(sizing.ShowRowOutlineLevel(row.Level));
-    EXPECT_EQ(HiddenRows(sizing), row.Hidden) << row.Level;
-    EXPECT_EQ(sizing.IsRowCollapsed(5), row.Collapsed5) << row.Level;
-    EXPECT_EQ(sizing.IsRowCollapsed(7), row.Collapsed7) << row.Level;
-  }
-  TRowColSizing none;
-  EXPECT_FALSE(none.ShowRowOutlineLevel(1));
-  none.SetRowOutlineLevel(-5, 1);
-  EXPECT_FALSE(none.ShowRowOutlineLevel(1));
 }
 
 TEST(RowColSizing, EveryRowMayHaveItsOwnSize) {

@@ -1,7 +1,5 @@
-#include <map>
 #include <random>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -20,6 +18,8 @@
 #include <tessarine/core/sheet/detail/FormulaMover.h>
 #include <tessarine/platform/Unicode.h>
 #include <tests/core/RandomSheets.h>
+
+#include "../support/CaseTable.h"
 
 namespace tessarine {
 namespace {
@@ -89,41 +89,18 @@ TEST(Structure, EditsComeOutAsIfEveryCellAndFormulaWereWrittenAnew) {
 }
 
 TEST(Structure, FormulasFollowTheirReferences) {
-  const struct {
-    const char* Edit;
-    const char16_t* Before;  // in Sheet1!C4
-    const char* At;
-    const char16_t* After;
-  } cases[] = {
-      {"insert rows 2 1", u"=A1+A2", "C5", u"=A1+A3"},
-      {"insert rows 2 1", u"=$A$5", "C5", u"=$A$6"},
-      {"insert rows 5 1", u"=SUM(A1:A10)", "C4", u"=SUM(A1:A11)"},
-      {"insert rows 1 1", u"=A1048576", "C5", u"=A1048577"},
-      {"insert columns 2 2", u"=A1+B1", "E4", u"=A1+D1"},
-      {"insert columns 1 1", u"=Sheet2!A1+sheet1!A1", "D4", u"=Sheet2!A1+Sheet1!B1"},
-      {"insert rows 9 1", u"='My Sheet'!A1", "C4", u"='My Sheet'!A1"},
-      {"insert rows 9 1", u"= sum( a1 )", "C4", u"=SUM(A1)"},
-      {"insert rows 9 1", u"=SUM(A:A)", "C4", u"=SUM(A:A)"},
-      {"delete rows 1 1", u"=A1", "C3", u"=#REF!"},
-      {"delete rows 10 1", u"=SUM(A1:A10)", "C4", u"=SUM(#REF!)"},
-      {"delete rows 5 1", u"=SUM(A1:A10)", "C4", u"=SUM(A1:A9)"},
-      {"delete columns 1 1", u"=A1&B1", "B4", u"=#REF!&A1"},
-      {"move rows 3 2 1", u"=A1+A3+A4", "C2", u"=A3+A1+A2"},
-      {"move rows 1 1 1048577", u"=A1+A2", "C3", u"=A1048576+A1"},
-      {"move columns 3 1 1", u"=A1+C1", "A4", u"=B1+A1"},
-  };
-  for (const auto& row : cases) {
+  test::ExpectCases("core/structure_formulas.tsv", [](const test::TCase& ACase) {
     TWorkbook book;
     book.AddSheet(u"Sheet2");
     book.AddSheet(u"My Sheet");
     TWorksheet& sheet = *book.GetSheet(0);
-    sheet.SetValue({3, 4}, TCellValue::FromFormula(row.Before));
+    sheet.SetValue({3, 4}, TCellValue::FromFormula(ACase.Text(1)));
     sheet.StoreCachedResult({3, 4}, TCellValue::FromNumber(1));
-    TNamedEdit::Parse(row.Edit).Apply(book);
-    const TCell cell = sheet.GetCell(TCellAddress::FromA1(Utf8ToUtf16(row.At)));
-    EXPECT_EQ(Utf16ToUtf8(cell.Value.Text), Utf16ToUtf8(row.After)) << row.Edit << " " << Utf16ToUtf8(row.Before);
-    EXPECT_FALSE(cell.HasCachedValue) << row.Edit;
-  }
+    TNamedEdit::Parse(ACase[0]).Apply(book);
+    const TCell cell = sheet.GetCell(TCellAddress::FromA1(ACase.Text(2)));
+    EXPECT_FALSE(cell.HasCachedValue) << ACase.Place();
+    return cell.Value.Text;
+  });
 }
 
 TEST(Structure, WhatCannotBeDoneChangesNothing) {

@@ -1,5 +1,6 @@
 #include <memory>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -197,6 +198,37 @@ TEST(StructureUndo, TellsEveryCellAndThenEveryFormula) {
   book.ClearModified();
   book.UndoManager().Undo();
   EXPECT_FALSE(book.IsModified());  // nothing was stored, nothing is told
+}
+
+TEST(StructureUndo, KeepsTheStepWhoseListenerThrows) {
+  TWorkbook book;
+  TWorksheet& sheet = *book.GetSheet(0);
+  TUndoManager& undo = book.UndoManager();
+  for (const char* name : {"a", "b", "c"})
+    sheet.SetValue({1, *name - 'a' + 1}, TCellValue::FromText(Utf8ToUtf16(name)));
+  sheet.Sizing().SetRowHeightPt(2, 40);
+  const auto state = [&] { return CellsOf(sheet) + std::to_string(sheet.Sizing().GetRowHeightPt(2)); };
+  const std::string before = state();
+  TNamedEdit::Parse("insert rows 2 1").Execute(book);
+  const std::string after = state();
+  const auto refuse = [](TWorkbook&) { throw std::runtime_error("refused"); };
+  const auto run = [&](void (TUndoManager::*AAct)(), bool ARefuse) {
+    book.SetOnModified(ARefuse ? TWorkbookModifiedEvent(refuse) : nullptr);
+    bool hasThrown = false;
+    try {
+      (undo.*AAct)();
+    } catch (const std::runtime_error&) {
+      hasThrown = true;
+    }
+    EXPECT_EQ(hasThrown, ARefuse);
+    EXPECT_EQ(undo.UndoCount() + undo.RedoCount(), 1u);
+    return state();
+  };
+  run(&TUndoManager::Undo, true);  // half of it is done: cells, but not sizes
+  EXPECT_EQ(run(&TUndoManager::Redo, false), after);
+  EXPECT_EQ(run(&TUndoManager::Undo, false), before);
+  EXPECT_EQ(run(&TUndoManager::Redo, true), after);
+  EXPECT_EQ(run(&TUndoManager::Undo, false), before);
 }
 
 TEST(StructureUndo, HoldsWhatHasChangedInsteadOfCopies) {

@@ -4,7 +4,6 @@
 #include <random>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <tessarine/core/reference/FormulaTokenizer.h>
 #include <tessarine/core/values/Address.h>
@@ -12,8 +11,14 @@
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
+#include "../support/LocaleGuard.h"
+
 namespace tessarine {
 namespace {
+
+using test::ExpectCases;
+using test::TCase;
 
 constexpr const char* kKindNames[] = {"End",  "Num",  "Str",   "Bool",  "Err",   "Cell",  "Range",  "Func",   "Op",
                                       "LPar", "RPar", "Comma", "Colon", "Sheet", "Table", "LBrace", "RBrace", "Semi"};
@@ -275,88 +280,31 @@ class TPlainTokenizer {
   size_t FEquals = 0;
 };
 
-TEST(Tokenizer, ReadsEveryFormOfToken) {
-  const struct {
-    const char16_t* Formula;
-    const char* Tokens;
-  } cases[] = {
-      {u"", ""},
-      {u"=", ""},
-      {u"==1", "Op<=>; Num<1>=1"},
-      {u"='It''s'!A1", "Sheet<It's!A1> sheet=It's 1 1 0 0"},
-      {u"=$Sheet1!A1", "Sheet<Sheet1!A1> sheet=Sheet1 1 1 0 0"},
-      {u"=$'My Sheet'!$B$2:C3", "Range<My Sheet!$B$2:C3> sheet=My Sheet 2 2 3 3"},
-      {u"a1:b2", "Range<a1:b2> 1 1 2 2"},
-      {u"=A1 : B2", "Range<A1:B2> 1 1 2 2"},
-      {u"=Sheet1!A1 : B2", "Sheet<Sheet1!A1> sheet=Sheet1 1 1 0 0; Colon<:>; Cell<B2> 2 2 0 0"},
-      {u"=Sheet1!A1:foo", "Err<Sheet1!A1> sheet=Sheet1 1 1 0 0"},
-      {u"=Sheet1!foo", "Err<Sheet1!foo> sheet=Sheet1"},
-      {u"='Sheet 1'A1", "Err<Sheet 1>; Cell<A1> 1 1 0 0"},
-      {u"='open", "Err<open>"},
-      {u"=''!A1", "Cell<A1> 1 1 0 0"},
-      {u"=A:C", "Range<A:C> 1 1 3 1048576"},
-      {u"=$A:$C", "Range<$A:$C> 1 1 3 1048576"},
-      {u"=S!$1:$5", "Range<S!$1:$5> sheet=S 1 1 16384 5"},
-      {u"=$1:$5", "Range<$1:$5> 1 1 16384 5"},
-      {u"=1:5", "Num<1>=1; Colon<:>; Num<5>=5"},
-      {u"=AAAA:B", "Func<AAAA>; Colon<:>; Func<B>"},
-      {u"=A:1", "Func<A>; Colon<:>; Num<1>=1"},
-      {u"=SUM (A1)", "Func<SUM>; LPar<(>; Cell<A1> 1 1 0 0; RPar<)>"},
-      {u"=$s$um(", "Func<SUM>; LPar<(>"},
-      {u"=_xlfn.single(A1)", "Func<_XLFN.SINGLE>; LPar<(>; Cell<A1> 1 1 0 0; RPar<)>"},
-      {u"=Sheet1.Foo", "Err<Sheet1!Foo> sheet=Sheet1"},
-      {u"=Data.A1", "Sheet<Data!A1> sheet=Data 1 1 0 0"},
-      {u"=AB1.C2", "Cell<AB1> 28 1 0 0; Err<.>; Cell<C2> 3 2 0 0"},
-      {u"=a.b.c", "Err<a!b> sheet=a; Err<.>; Func<C>"},
-      {u"=Table1[Price]", "Table<Table1> column=Price"},
-      {u"=Table1[[ Price ]]", "Table<Table1> column=Price"},
-      {u"=Table1 ['a]b']", "Table<Table1> column=a]b"},
-      {u"=[@Price]", "Table<> column=@Price"},
-      {u"=Table1[[#All],[Col]]", "Table<Table1> column=#All; Comma<,>; Table<> column=Col"},
-      {u"=[]", "Err<[>"},
-      {u"=T[]+1", "Func<T>; Err<[>; Op<+>; Num<1>=1"},
-      {u"=[Open", "Table<> column=Open"},
-      {u"=1.2.3", "Num<1.2.3>=0"},
-      {u"=.5+5.", "Num<.5>=0.5; Op<+>; Num<5.>=5"},
-      {u"=1E5", "Num<1>=1; Cell<E5> 5 5 0 0"},
-      {u"=12345678901234567890", "Num<12345678901234567890>=1.23456789012346E+19"},
-      {u"=R1C1&ABCD1&A1B2", "Func<R1C1>; Op<&>; Func<ABCD1>; Op<&>; Func<A1B2>"},
-      {u"=LOG10", "Cell<LOG10> 8509 10 0 0"},
-      {u"=log10(2)", "Func<LOG10>; LPar<(>; Num<2>=2; RPar<)>"},
-      {u"=XFE1+A1048577+A0", "Func<XFE1>; Op<+>; Func<A1048577>; Op<+>; Func<A0>"},
-      {u"=true=FALSE", "Bool<TRUE>=1; Op<=>; Bool<FALSE>=0"},
-      {u"=TRUE()", "Func<TRUE>; LPar<(>; RPar<)>"},
-      {u"=my$name", "Func<MY$NAME>"},
-      {u"=\"a\"\"b\"&\"open", "Str<a\"b>; Op<&>; Str<open>"},
-      {u"=1<=2<>3>=4><", "Num<1>=1; Op<<=>; Num<2>=2; Op<<>>; Num<3>=3; Op<>=>; Num<4>=4; Op<>>; Op<<>"},
-      {u"={1;2}", "LBrace<{>; Num<1>=1; Semi<;>; Num<2>=2; RBrace<}>"},
-      {u"=5%", "Num<5>=5; Err<%>"},
-      {u"=#REF!", "Err<#>; Err<REF!> sheet=REF"},
-      {u"=1\t2", "Num<1>=1; Err<\t>; Num<2>=2"},
-      {u"=\u00e9A1", "Err<\xC3\xA9>; Cell<A1> 1 1 0 0"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(DumpTokens(row.Formula), row.Tokens) << Utf16ToUtf8(row.Formula);
+std::string Spans(const TCase& ACase) {
+  std::string text;
+  for (const TFormulaToken& token : TokenizeFormula(ACase.Text(1)))
+    text += (text.empty() ? "" : " ") + std::to_string(token.StartIndex) + "+" + std::to_string(token.Length);
+  return text;
 }
 
-TEST(Tokenizer, SpansCountTheEqualsSignAndTheBlanksBehindNames) {
-  const struct {
-    const char16_t* Formula;
-    std::vector<std::pair<int32_t, int32_t>> Spans;
-  } cases[] = {
-      {u"= A1", {{2, 2}}},
-      {u"A1 +b", {{0, 2}, {3, 1}, {4, 1}}},
-      {u"=name  +1", {{1, 6}, {7, 1}, {8, 1}}},
-      {u"=SUM (A1 : B2)", {{1, 3}, {5, 1}, {6, 7}, {13, 1}}},
-      {u"=$'a''b'!C3&\"x\"\"y\"", {{1, 10}, {11, 1}, {12, 6}}},
-      {u"=a.b (1)", {{1, 4}, {5, 1}, {6, 1}, {7, 1}}},
-      {u"=[ ]]]", {{1, 5}}},
-      {u"=A1  :  x", {{1, 2}, {5, 1}, {8, 1}}},
-  };
-  for (const auto& row : cases) {
-    std::vector<std::pair<int32_t, int32_t>> spans;
-    for (const TFormulaToken& token : TokenizeFormula(row.Formula)) spans.emplace_back(token.StartIndex, token.Length);
-    EXPECT_EQ(spans, row.Spans) << Utf16ToUtf8(row.Formula);
-  }
+std::string WordKinds(const TCase& ACase) {
+  const std::u16string word = ACase.Text(1);
+  int32_t col = 7;
+  int32_t row = 7;
+  const bool isCell = ParseCellRefText(word, col, row);
+  EXPECT_EQ(col >= 1 && row >= 1, isCell) << ACase.Place();
+  const bool are[] = {LooksLikeCellRef(word), isCell, IsColumnOnlyRef(word), IsRowOnlyRef(word)};
+  const char* const names[] = {"looks", "cell", "column", "row"};
+  std::string text;
+  for (size_t i = 0; i < std::size(are); ++i)
+    if (are[i]) text += (text.empty() ? "" : " ") + std::string(names[i]);
+  return text.empty() ? "-" : text;
+}
+
+TEST(Tokenizer, ExamplesHold) {
+  ExpectCases("core/formula_tokens.tsv", {{"tokens", [](const TCase& ACase) { return DumpTokens(ACase.Text(1)); }},
+                                          {"spans", Spans},
+                                          {"word", WordKinds}});
 }
 
 TEST(Tokenizer, EndStaysTheEnd) {
@@ -368,40 +316,12 @@ TEST(Tokenizer, EndStaysTheEnd) {
 }
 
 TEST(Tokenizer, NumbersDoNotDependOnTheLocale) {
-  const TFormatSettings before = CurrentFormatSettings();
-  TFormatSettings german = before;
+  const test::TLocaleGuard guard;
+  TFormatSettings german = CurrentFormatSettings();
   german.DecimalSeparator = u',';
   german.GroupSeparator = u'.';
   SetDefaultFormatSettings(german);
-  const std::string tokens = DumpTokens(u"=1.5+0.1+1.234.567");
-  SetDefaultFormatSettings(before);
-  EXPECT_EQ(tokens, "Num<1.5>=1.5; Op<+>; Num<0.1>=0.1; Op<+>; Num<1.234.567>=0");
-}
-
-TEST(Tokenizer, RecognisesReferenceWords) {
-  const struct {
-    const char16_t* Word;
-    bool LooksLikeCell, IsCell, IsColumn, IsRow;
-  } cases[] = {
-      {u"$A$1", true, true, false, false},      {u"a1", true, true, false, false},
-      {u"A$1", true, true, false, false},       {u"R1C1", false, false, false, false},
-      {u"ABCD1", false, false, false, false},   {u"XFE1", true, false, false, false},
-      {u"A0", true, false, false, false},       {u"A99999999999999999999", true, false, false, false},
-      {u"XFD", false, false, true, false},      {u"$xfe", false, false, false, false},
-      {u"1048576", false, false, false, true},  {u"$0007", false, false, false, true},
-      {u"1048577", false, false, false, false}, {u"0", false, false, false, false},
-      {u"", false, false, false, false},        {u"$", false, false, false, false},
-      {u"A_1", false, false, false, false},
-  };
-  for (const auto& row : cases) {
-    int32_t col = 7;
-    int32_t lineNumber = 7;
-    EXPECT_EQ(LooksLikeCellRef(row.Word), row.LooksLikeCell) << Utf16ToUtf8(row.Word);
-    EXPECT_EQ(ParseCellRefText(row.Word, col, lineNumber), row.IsCell) << Utf16ToUtf8(row.Word);
-    EXPECT_EQ(col >= 1 && lineNumber >= 1, row.IsCell) << Utf16ToUtf8(row.Word);
-    EXPECT_EQ(IsColumnOnlyRef(row.Word), row.IsColumn) << Utf16ToUtf8(row.Word);
-    EXPECT_EQ(IsRowOnlyRef(row.Word), row.IsRow) << Utf16ToUtf8(row.Word);
-  }
+  EXPECT_EQ(DumpTokens(u"=1.5+0.1+1.234.567"), "Num<1.5>=1.5; Op<+>; Num<0.1>=0.1; Op<+>; Num<1.234.567>=0");
 }
 
 TEST(Tokenizer, AgreesWithThePlainOneOnRandomText) {

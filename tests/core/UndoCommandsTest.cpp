@@ -27,7 +27,10 @@ class TLoggedCommand final : public IUndoCommand {
     if (FName == '!') throw std::runtime_error("refused");
     FLog += FName;
   }
-  void Undo() override { FLog += std::string("-") + FName; }
+  void Undo() override {
+    if (FName == '?') throw std::runtime_error("refused");
+    FLog += std::string("-") + FName;
+  }
   TText Description() const override { return u"Log"; }
 
  private:
@@ -59,7 +62,11 @@ TEST(UndoManager, KeepsStepsUpToItsLimit) {
   undo.ExecuteCommand(std::make_shared<TLoggedCommand>(log, 'f'));
   EXPECT_EQ(undo.UndoCount(), 1u);
   EXPECT_FALSE(undo.CanRedo());
+  undo.SetMaxLevels(3);
+  undo.ExecuteCommand(std::make_shared<TLoggedCommand>(log, '?'));
   changes = 0;
+  EXPECT_THROW(undo.Undo(), std::runtime_error);  // nothing has changed
+  EXPECT_EQ(undo.UndoCount(), 2u);
   undo.Clear();
   undo.Clear();
   EXPECT_EQ(changes, 2);

@@ -29,7 +29,7 @@ TCell FormulaCell(const char16_t* AText, const TCellValue& AResult) {
   return cell;
 }
 
-struct TSheetFixture : testing::Test {
+struct TSheetFixture : ::testing::Test {
   TWorkbook Book;
   TWorksheet& Sheet = *Book.GetSheet(0);
   std::vector<std::string> Told;
@@ -108,60 +108,6 @@ TEST_F(Worksheet, ReturnsEveryCellAsItWasSet) {
     EXPECT_TRUE(Sheet.GetCellAt(3, static_cast<int32_t>(i) + 1) == cells[i]) << i;
 }
 
-TEST_F(Worksheet, TellsEveryChangeWithTheCellBeforeAndAfter) {
-  Listen();
-  Sheet.SetCell(At(u"B2"), CellOf(TCellValue::FromNumber(1)));
-  Sheet.SetCell(At(u"B2"), CellOf(TCellValue::FromNumber(1)));  // unchanged, and told
-  Sheet.SetValue(At(u"B2"), TCellValue::FromText(u"x"));
-  Sheet.ClearCell(At(u"B2"));
-  Sheet.ClearCell(At(u"C9"));  // nothing there, and told
-  Sheet.SetCell({0, 1}, CellOf(TCellValue::FromNumber(1)));
-  Sheet.SetCell({1, kMaxRow + 1}, CellOf(TCellValue::FromNumber(1)));
-  Sheet.SetValue({kMaxCol + 1, 1}, TCellValue::FromNumber(1));
-  TCell runs;
-  runs.RichText = {{u"x", {}}};
-  Sheet.SetCell(At(u"D30"), runs);
-  EXPECT_FALSE(Sheet.HasCell(At(u"D30")));
-  Sheet.SetCell(At(u"A1"), CellOf(TCellValue::FromFormula(u"=B1")));
-  Sheet.StoreCachedResult(At(u"A1"), TCellValue::FromFormula(u"=text"));
-  Sheet.StoreCachedResult(At(u"A2"), TCellValue::FromNumber(1));  // no formula
-  Sheet.StoreCachedResult({-1, 0}, TCellValue::FromNumber(1));
-  EXPECT_EQ(Told, (std::vector<std::string>{"B2:  -> 1", "B2: 1 -> 1", "B2: 1 -> x", "B2: x -> ", "C9:  -> ",
-                                            "D30:  -> ", "A1:  -> =B1", "A1: =B1 -> =B1 = =text"}));
-  EXPECT_EQ(Sheet.UsedMaxCol(), 4);
-  EXPECT_EQ(Sheet.UsedMaxRow(), 30);
-  EXPECT_EQ(Sheet.GetCell(At(u"A1")).CachedValue, TCellValue::FromText(u"=text"));
-}
-
-TEST_F(Worksheet, HandlerDecidesWhoHearsOfAChange) {
-  int marks = 0;
-  Book.SetOnModified([&](TWorkbook&) { ++marks; });
-  EXPECT_FALSE(Sheet.ChangesAreUnobserved());
-  Sheet.SetValue(At(u"A1"), TCellValue::FromNumber(1));
-  Sheet.SetCell(At(u"A2"), FormulaCell(u"=A1", TCellValue::FromNumber(1)));
-  Sheet.StoreCachedResult(At(u"A2"), TCellValue::FromNumber(2));
-  EXPECT_EQ(marks, 3);
-  Listen();
-  EXPECT_FALSE(Sheet.ChangesAreUnobserved());
-  Sheet.SetValue(At(u"A1"), TCellValue::FromNumber(2));
-  EXPECT_EQ(marks, 3);  // a handler of the host's own takes the workbook's place
-  EXPECT_EQ(Told.size(), 1u);
-  Sheet.MuteOnChange();
-  EXPECT_TRUE(Sheet.ChangesAreUnobserved());
-  Sheet.SetValue(At(u"A1"), TCellValue::FromNumber(3));
-  Sheet.NoteBulkChange();
-  EXPECT_EQ(marks, 3);
-  Sheet.SetOnChange({});
-  Sheet.SetValue(At(u"A1"), TCellValue::FromNumber(4));
-  EXPECT_EQ(marks, 4);
-  EXPECT_EQ(Told.size(), 1u);
-  Book.SetOnModified({});
-  Book.ClearModified();
-  EXPECT_TRUE(Sheet.ChangesAreUnobserved());
-  Sheet.NoteBulkChange();
-  EXPECT_TRUE(Book.IsModified());
-}
-
 TEST_F(Worksheet, HandlerMayReplaceItselfAndEditTheSheet) {
   int calls = 0;
   Sheet.SetOnChange([&](TWorksheet& ASender, TCellAddress, const TCell&, const TCell&) {
@@ -172,67 +118,6 @@ TEST_F(Worksheet, HandlerMayReplaceItselfAndEditTheSheet) {
   });
   Sheet.SetValue({1, 1}, TCellValue::FromNumber(1));
   EXPECT_EQ(calls, 12);
-}
-
-TEST_F(Worksheet, BoundsOnlyGrowUntilTheyAreCountedAnew) {
-  EXPECT_EQ(Sheet.UsedMaxCol(), 1);
-  EXPECT_EQ(Sheet.UsedMaxRow(), 1);
-  Sheet.SetValue(At(u"C700"), TCellValue::FromNumber(1));
-  Sheet.SetValue(At(u"E5"), TCellValue::FromNumber(1));
-  Sheet.ClearCell(At(u"XFD1048576"));
-  EXPECT_EQ(Sheet.UsedMaxCol(), kMaxCol);
-  EXPECT_EQ(Sheet.UsedMaxRow(), kMaxRow);
-  uint64_t version = Sheet.BoundsVersion();
-  Sheet.RecalcUsedBounds();
-  EXPECT_EQ(Sheet.UsedMaxCol(), 5);
-  EXPECT_EQ(Sheet.UsedMaxRow(), 700);
-  EXPECT_NE(Sheet.BoundsVersion(), version);
-  version = Sheet.BoundsVersion();
-  Sheet.RecalcUsedBounds();
-  Sheet.ExpandUsedBounds(kMaxCol + 1, 800);  // no address of the sheet
-  Sheet.ExpandUsedBounds(2, 700);
-  EXPECT_EQ(Sheet.BoundsVersion(), version);
-  Sheet.ExpandUsedBounds(2, 701);
-  EXPECT_EQ(Sheet.UsedMaxRow(), 701);
-  Sheet.ClearCells();
-  EXPECT_EQ(Sheet.UsedMaxCol(), 5);
-  Sheet.RecalcUsedBounds();
-  EXPECT_EQ(Sheet.UsedMaxCol(), 1);
-  EXPECT_EQ(Sheet.UsedMaxRow(), 1);
-}
-
-TEST_F(Worksheet, EffectiveValueIsWhatFormulasSee) {
-  Sheet.SetValue(At(u"A1"), TCellValue::FromText(u"x"));
-  Sheet.SetCell(At(u"A2"), CellOf(TCellValue::FromFormula(u"=1")));
-  Sheet.SetCell(At(u"A3"), FormulaCell(u"=1", TCellValue::FromError(ceNA)));
-  TCell styled;
-  styled.StyleIndex = 4;
-  Sheet.SetCell(At(u"A5"), styled);
-  TCell odd = CellOf(TCellValue::FromNumber(7));
-  odd.SetCachedResult(TCellValue::FromNumber(8));
-  Sheet.SetCell(At(u"A8"), odd);
-  Sheet.Spills().SetSpill(1, 4, 5, 1,
-                          {TCellValue::FromNumber(1), TCellValue::FromNumber(2), TCellValue::FromNumber(3),
-                           TCellValue::FromNumber(4), TCellValue::FromNumber(5)});
-  Sheet.Spills().SetSpill(kMaxCol, 1, 1, 2, {TCellValue::FromNumber(1), TCellValue::FromNumber(9)});
-  const struct {
-    TCellAddress Address;
-    TCellValue Value;
-  } cases[] = {
-      {At(u"A1"), TCellValue::FromText(u"x")},
-      {At(u"A2"), TCellValue::Empty()},
-      {At(u"A3"), TCellValue::FromError(ceNA)},
-      {At(u"A4"), TCellValue::Empty()},  // the anchor shows its own cell
-      {At(u"A5"), TCellValue::FromNumber(2)},
-      {At(u"A6"), TCellValue::FromNumber(3)},
-      {At(u"A8"), TCellValue::FromNumber(7)},
-      {At(u"A9"), TCellValue::Empty()},
-      {{kMaxCol + 1, 1}, TCellValue::FromNumber(9)},
-      {{0, 0}, TCellValue::Empty()},
-      {{-5, 3}, TCellValue::Empty()},
-  };
-  for (const auto& row : cases)
-    EXPECT_EQ(Sheet.GetEffectiveValue(row.Address), row.Value) << row.Address.Col << ", " << row.Address.Row;
 }
 
 TEST_F(Worksheet, FormatComesFromTheOverrideThenTheStyleThenTheDefault) {
@@ -256,45 +141,6 @@ TEST_F(Worksheet, FormatComesFromTheOverrideThenTheStyleThenTheDefault) {
   EXPECT_EQ(Sheet.ResolveFormat(At(u"A3"), &styles), TCellFormat::Default());
   EXPECT_EQ(Sheet.GetCell(At(u"A3")).StyleIndex, 999);
   EXPECT_EQ(Sheet.ResolveFormat({0, 0}, &styles), TCellFormat::Default());
-}
-
-TEST_F(Worksheet, FrozenCountsStayInsideTheSheet) {
-  Sheet.SetFrozenRows(2000000);
-  Sheet.SetFrozenCols(-1);
-  EXPECT_EQ(Sheet.FrozenRows(), 1048575);
-  EXPECT_EQ(Sheet.FrozenCols(), 0);
-  Sheet.SetFrozenCols(16384);
-  EXPECT_EQ(Sheet.FrozenCols(), 16383);
-}
-
-TEST_F(Worksheet, LinksStandApartFromTheCells) {
-  Sheet.SetHyperlink(2, 3, " https://example.org ");
-  EXPECT_FALSE(Sheet.HasCell(At(u"B3")));
-  ASSERT_TRUE(Sheet.FindHyperlink(2, 3));
-  EXPECT_EQ(*Sheet.FindHyperlink(2, 3), u" https://example.org ");
-  EXPECT_FALSE(Sheet.FindHyperlink(3, 3));
-  Sheet.SetHyperlink(2, 3, "  ");
-  EXPECT_FALSE(Sheet.FindHyperlink(2, 3));
-  Sheet.SetHyperlink(2, 3, "x");
-  Sheet.ClearHyperlink(2, 3);
-  EXPECT_FALSE(Sheet.FindHyperlink(2, 3));
-}
-
-TEST_F(Worksheet, OnlyTheAnchorOfAMergeHasASpan) {
-  Sheet.MergeRange({4, 5, 2, 3});  // corners in any order
-  Sheet.MergeRange({7, 7, 7, 7});
-  const auto span = [&](int32_t ACol, int32_t ARow) {
-    const auto found = Sheet.GetMergeSpan(ACol, ARow);
-    return std::vector<int32_t>{found.IsAnchor, found.RowSpan, found.ColSpan};
-  };
-  EXPECT_EQ(span(2, 3), (std::vector<int32_t>{1, 3, 3}));
-  EXPECT_EQ(span(3, 3), (std::vector<int32_t>{0, 1, 1}));
-  EXPECT_EQ(span(7, 7), (std::vector<int32_t>{0, 1, 1}));
-  EXPECT_EQ(span(1, 1), (std::vector<int32_t>{0, 1, 1}));
-  Sheet.UnmergeAt(1, 1);
-  Sheet.UnmergeAt(4, 4);
-  EXPECT_EQ(span(2, 3), (std::vector<int32_t>{0, 1, 1}));
-  EXPECT_EQ(Sheet.Merges().Count(), 1u);
 }
 
 TEST_F(Worksheet, TableColumnsAreNamedAfterTheirHeaderCells) {

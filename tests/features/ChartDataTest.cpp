@@ -9,6 +9,7 @@
 #include <tessarine/features/ChartCommand.h>
 #include <tessarine/features/ChartData.h>
 
+#include "../support/CaseTable.h"
 #include "../support/SheetFixture.h"
 
 namespace tessarine {
@@ -25,17 +26,8 @@ std::string Dump(const TSheetChartSeries& ASeries) {
 }
 
 TEST(ChartData, SeriesAreReadByTheirFormulas) {
-  TSheetFixture book({{"A1", "'x"},
-                      {"A2", "'y"},
-                      {"A3", "'z"},
-                      {"B1", "1"},
-                      {"B2", "=B1+1"},
-                      {"B3", "'none"},
-                      {"C1", "=1+1"},
-                      {"D1", "'North"},
-                      {"D2", "'South"},
-                      {"Other!A1", "7"},
-                      {"Other!A2", "8"}});
+  TSheetFixture book;
+  book.SetCells("A1='x A2='y A3='z B1=1 B2==B1+1 B3='none C1==1+1 D1='North D2='South Other!A1=7 Other!A2=8");
   book.Run("B2");
   auto& table = book.Sheet().Tables().Add(std::make_unique<TSheetTable>(u"Tab", TCellRange{1, 1, 2, 3}));
   table.SetColumnNames({u"Name", u"Count"});
@@ -43,33 +35,18 @@ TEST(ChartData, SeriesAreReadByTheirFormulas) {
   book.Workbook.SetNamedFormula("Again", "=Amounts");
   book.Workbook.SetNamedFormula("Circle", "=Circle");
   book.Sheet().Sizing().SetRowHidden(9, true);
-  const struct {
-    const char *Values, *Categories, *Result;
-  } cases[] = {
-      {"Sheet1!$B$1:$B$3", "=A1:A3", "1 2 0 / x y z"},
-      {"B3:B1", "A1:B1", "1 2 0 / x 1"},
-      {"Other!A1", "D1:A2", "7 / x 1 North y 2 South"},
-      {"(Sheet1!B1,Other!A1:A2)", "C1", "1 7 8 / "},
-      {"Other!A:A", "Tab[Count]", "7 8 / 2 none"},
-      {"Again", "Tab[Name]", "1 2 / y z"},
-      {"A8:A10", "", "0 0 / old"},  // row 9 is hidden
-      {"Missing!A1", "#REF!", "42 / old"},
-      {"Circle", "SUM(A1)", "42 / old"},
-      {"B1:XFD99", "A1,", "42 / old"},
-      {"Tab[Nothing]", "1+A1", "42 / old"},
-  };
-  for (const auto& row : cases) {
+  test::ExpectCases("features/chart_series.tsv", [&](const test::TCase& ACase) {
     TSheetDrawing chart;
     chart.Kind = sdkChart;
     TSheetChartSeries series;
     series.Values = {42};
     series.Categories = {u"old"};
-    series.ValuesFormula = TText::FromUtf8(row.Values);
-    series.CategoriesFormula = TText::FromUtf8(row.Categories);
+    series.ValuesFormula = ACase.Text(0);
+    series.CategoriesFormula = ACase.Text(1);
     chart.SetSubplots({{sctLine, false, false, {series}}});
     RefreshDrawingCharts(book.Workbook, book.Sheet(), chart);
-    EXPECT_EQ(Dump(chart.Subplots[0].Series[0]), row.Result) << row.Values << " " << row.Categories;
-  }
+    return Dump(chart.Subplots[0].Series[0]);
+  });
 }
 
 TEST(ChartData, AnEditOfAChartReadsItsSeriesBothWays) {

@@ -2,14 +2,13 @@
 
 #include <cstdint>
 #include <random>
-#include <string>
-#include <utility>
 
 #include <tessarine/core/undo/CellCommands.h>
 #include <tessarine/core/undo/UndoManager.h>
 #include <tessarine/core/undo/detail/CellBatch.h>
 #include <tessarine/features/Fill.h>
 
+#include "../support/CaseTable.h"
 #include "../support/SheetFixture.h"
 
 namespace tessarine {
@@ -23,57 +22,26 @@ bool Fill(TSheetFixture& ABook, const TCellRange& ASource, const TCellRange& ADe
   return TessarineApplyFill(&ABook.Workbook, 0, &ABook.Sheet(), ASource, ADest, ACopyOnly, u"Fill");
 }
 
-TEST(Fill, DirectionsAndDragDestinations) {
-  const struct {
-    const char *Source, *Dest;
-    TTessarineFillDirection Direction;
-  } ways[] = {
-      {"B2:C3", "B2:C9", tfdDown}, {"B2:C3", "C9:B1", tfdDown},  {"B2:C3", "B1:C3", tfdUp},
-      {"B2:C3", "B2:C3", tfdNone}, {"B2:C3", "B2:F3", tfdRight}, {"B2:C3", "A2:C3", tfdLeft},
-      {"B2:C3", "B2:D4", tfdNone}, {"B2", "B5:B6", tfdDown},
+TEST(Fill, ExamplesHold) {
+  const auto fill = [](const test::TCase& ACase) {
+    TSheetFixture book;
+    book.SetCells(ACase[1]);
+    EXPECT_TRUE(Fill(book, Range(ACase[2].c_str()), Range(ACase[3].c_str()), ACase[0] == "copy")) << ACase.Place();
+    EXPECT_TRUE(book.Workbook.IsModified()) << ACase.Place();
+    return book.Show(ACase[4]);
   };
-  for (const auto& row : ways)
-    EXPECT_EQ(TessarineFillDirectionOf(Range(row.Source), Range(row.Dest)), row.Direction) << row.Dest;
-  const struct {
-    int32_t Col, Row;
-    const char* Dest;
-  } drags[] = {
-      {3, 3, "B2:C3"},       {6, 6, "B2:C6"},  {7, 6, "B2:G3"},
-      {1, 3, "A2:C3"},       {1, -9, "B1:C3"}, {2, 2000000, "B2:C1048576"},
-      {99999, 4, "B2:XFD3"},
+  const auto direction = [](const test::TCase& ACase) {
+    const auto found = TessarineFillDirectionOf(Range(ACase[1].c_str()), Range(ACase[2].c_str()));
+    return found == tfdDown    ? "down"
+           : found == tfdUp    ? "up"
+           : found == tfdLeft  ? "left"
+           : found == tfdRight ? "right"
+                               : "none";
   };
-  for (const auto& row : drags)
-    EXPECT_EQ(TessarineComputeFillDest(Range("B2:C3"), row.Col, row.Row), Range(row.Dest)) << row.Dest;
-}
-
-TEST(Fill, SeriesContinueAndTheRestRepeats) {
-  const struct {
-    TSheetFixture::TCells Cells;
-    const char *Source, *Dest;
-    bool CopyOnly;
-    const char *Read, *Result;
-  } cases[] = {
-      {{{"A1", "1"}, {"A2", "2"}}, "A1:A2", "A1:A5", false, "A3 A4 A5", "3 4 5"},
-      {{{"A4", "1"}, {"A5", "2"}}, "A4:A5", "A3:A5", false, "A2 A3", "_ 0"},
-      {{{"A1", "1"}, {"A2", "2"}, {"A3", "4"}}, "A1:A3", "A1:A4", false, "A4", "5.5"},
-      {{{"C1", "5"}, {"D1", "3"}}, "C1:D1", "A1:D1", false, "A1 B1", "9 7"},
-      {{{"A1", "10"}}, "A1", "A1:A3", false, "A2 A3", "10 10"},
-      {{{"A1", "1"}, {"A2", "2"}}, "A1:A2", "A1:A5", true, "A3 A4 A5", "1 2 1"},
-      {{{"A2", "'a"}, {"A3", "'b"}}, "A2:A3", "A1:A3", false, "A1", "'b'"},
-      {{{"A1", "1"}, {"B1", "'a"}, {"A2", "2"}, {"B2", "2"}}, "A1:B2", "A1:B4", false, "A3 A4 B3 B4", "3 4 'a' 2"},
-      {{{"A1", "'Mon"}, {"A3", "7"}}, "A1", "A1:A3", false, "A2 A3", "'Mon' 'Mon'"},
-      {{{"A2", "7"}}, "A1", "A1:A2", false, "A2", "_"},
-      {{{"A1", "1"}, {"A2", "_"}, {"A3", "3"}}, "A1:A3", "A1:A5", false, "A4 A5", "1 _"},
-      {{{"A1", "1"}, {"A2", "2"}}, "A1:A2", "A5:A6", false, "A3 A4 A5 A6", "3 4 5 6"},
-      {{{"A1", "1e308"}, {"A2", "-1e308"}}, "A1:A2", "A1:A3", false, "A3", "#NUM!"},
-      {{{"A1", "0.1"}, {"A2", "0.2"}}, "A1:A2", "A1:A10", false, "A3 A10", "0.3 1"},
+  const auto drag = [](const test::TCase& ACase) {
+    return TessarineComputeFillDest(Range("B2:C3"), ACase.Int(1), ACase.Int(2)).ToA1();
   };
-  for (const auto& row : cases) {
-    TSheetFixture book(row.Cells);
-    EXPECT_TRUE(Fill(book, Range(row.Source), Range(row.Dest), row.CopyOnly)) << row.Result;
-    EXPECT_EQ(book.Show(row.Read), row.Result) << row.Source << " " << row.Dest;
-    EXPECT_TRUE(book.Workbook.IsModified());
-  }
+  test::ExpectCases("features/fills.tsv", {{"fill", fill}, {"copy", fill}, {"direction", direction}, {"drag", drag}});
 }
 
 TEST(Fill, FormulasAreCopiesAndFormatsGoAlong) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include <tessarine/features/detail/SortOrder.h>
 #include <tessarine/platform/Errors.h>
 
+#include "../support/CaseTable.h"
 #include "../support/SheetFixture.h"
 #include "../support/Thrown.h"
 
@@ -25,38 +27,16 @@ void Sort(TSheetFixture& ABook, const char* ARange, bool AHasHeader, const TKeys
 }
 
 TEST(Sorting, ComparesNumbersAsNumbersAndTheRestAsShown) {
-  const struct {
-    TSheetFixture::TCells Cells;
-    const char* Range;
-    bool Header;
-    TKeys Keys;
-    const char *Read, *Result;
-  } cases[] = {
-      {{{"A1", "10"}, {"A2", "9"}, {"A3", "'8"}}, "A1:A3", false, {{1, true}}, "A1 A2 A3", "'8' 9 10"},
-      {{{"A1", "'b"}, {"A2", "'A"}, {"A3", "'B"}}, "A3:A1", false, {{1, true}}, "A1 A2 A3", "'A' 'b' 'B'"},
-      {{{"A1", "'b"}, {"A3", "5"}}, "A1:A4", false, {{1, true}}, "A1 A2 A3 A4", "_ _ 5 'b'"},
-      {{{"A1", "'Top"}, {"A2", "1"}, {"A3", "2"}}, "A1:A3", true, {{1, false}}, "A1 A2 A3", "'Top' 2 1"},
-      {{{"E1", "1"}, {"F1", "2"}, {"E2", "2"}, {"F2", "1"}}, "E1:F2", false, {{2, true}}, "E1 F1", "2 1"},
-      {{{"E1", "1"}, {"F1", "2"}, {"E2", "2"}, {"F2", "1"}}, "E1:F2", false, {{6, true}}, "E1 F1", "2 1"},
-      {{{"E1", "2"}, {"F1", "2"}, {"E2", "1"}, {"F2", "1"}}, "E1:F2", false, {{3, true}}, "E1 F1", "1 1"},
-      {{{"A1", "1"}, {"B1", "'x"}, {"A2", "0"}, {"B2", "'y"}, {"A3", "1"}, {"B3", "'a"}},
-       "A1:B3",
-       false,
-       {{1, false}, {2, false}},
-       "B1 B2 B3",
-       "'x' 'a' 'y'"},
-      {{{"A1", "1"}, {"B1", "'x"}, {"A2", "1"}, {"B2", "'y"}, {"A3", "0"}, {"B3", "'z"}},
-       "A1:B3",
-       false,
-       {{1, false}},
-       "B1 B2 B3",
-       "'x' 'y' 'z'"},
-  };
-  for (const auto& row : cases) {
-    TSheetFixture book(row.Cells);
-    Sort(book, row.Range, row.Header, row.Keys);
-    EXPECT_EQ(book.Show(row.Read), row.Result) << row.Range;
-  }
+  test::ExpectCases("features/sorts.tsv", [](const test::TCase& ACase) {
+    TSheetFixture book;
+    book.SetCells(ACase[0]);
+    TKeys keys;
+    std::istringstream words(ACase[3]);
+    std::string way;
+    for (int32_t col = 0; words >> col >> way;) keys.push_back({col, way == "up"});
+    Sort(book, ACase[1].c_str(), ACase[2] == "header", keys);
+    return book.Show(ACase[4]);
+  });
 }
 
 TEST(Sorting, MovesFormulasAndIsOneStepOrNone) {

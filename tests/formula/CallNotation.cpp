@@ -1,15 +1,28 @@
 #include "CallNotation.h"
 
-#include <gtest/gtest.h>
-
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <stdexcept>
 
+#include <tessarine/platform/Dates.h>
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
 
 namespace tessarine::testing {
 
 namespace {
+
+/// "2024-02-29" as its serial number.
+bool TryDate(std::string_view AWord, double& ASerial) {
+  if (AWord.size() != 10 || AWord[4] != '-' || AWord[7] != '-') return false;
+  int parts[3] = {};
+  for (const auto& [index, at, count] : {std::tuple{0, 0, 4}, {1, 5, 2}, {2, 8, 2}}) {
+    const char* const end = AWord.data() + at + count;
+    if (std::from_chars(AWord.data() + at, end, parts[index]).ptr != end) return false;
+  }
+  return TryEncodeDate(parts[0], parts[1], parts[2], ASerial);
+}
 
 class TNotationReader {
  public:
@@ -42,6 +55,7 @@ class TNotationReader {
     std::vector<TCellValue> cells;
     int32_t rows = 1;
     for (SkipBlanks(); !Take(']'); SkipBlanks()) {
+      if (FText.empty()) throw std::invalid_argument("no ]");
       if (Take(';')) {
         ++rows;
       } else {
@@ -50,19 +64,24 @@ class TNotationReader {
     }
     if (cells.empty()) return TFormulaArg::FromRange({}, 0, 0);
     const auto cols = static_cast<int32_t>(cells.size()) / rows;
+    if (static_cast<int32_t>(cells.size()) != rows * cols) throw std::invalid_argument("rows of different lengths");
     return TFormulaArg::FromRange(std::move(cells), rows, cols);
   }
 
   TCellValue Value() {
-    if (Take('\'')) {
-      const size_t end = FText.find('\'');
-      const TText text = TText::FromUtf8(FText.substr(0, end));
-      FText.remove_prefix(end + 1);
-      return TCellValue::FromText(text);
-    }
+    if (FText.starts_with('\'')) return TCellValue::FromText(TText::FromUtf8(QuotedText()));
     const std::string_view word = FText.substr(0, FText.find_first_of(" ;]"));
     FText.remove_prefix(word.size());
     return ValueOf(word);
+  }
+
+  std::string QuotedText() {
+    std::string text;
+    for (FText.remove_prefix(1); !Take('\'') || FText.starts_with('\''); FText.remove_prefix(1)) {
+      if (FText.empty()) throw std::invalid_argument("a text without its end");
+      text += FText.front();
+    }
+    return text;
   }
 
   std::string_view FText;
@@ -81,7 +100,9 @@ TCellValue ValueOf(std::string_view ANotation) {
     if (ErrorCodeToString(error).ToUtf8() == ANotation) return TCellValue::FromError(error);
   }
   double number = 0;
-  if (!TryParseFileNumber(ANotation, number)) throw std::invalid_argument("no value: " + std::string(ANotation));
+  if (!TryDate(ANotation, number) && !TryParseFileNumber(ANotation, number)) {
+    throw std::invalid_argument("no value: " + std::string(ANotation));
+  }
   return TCellValue::FromNumber(number);
 }
 
@@ -97,18 +118,30 @@ std::string Shown(const TCellValue& AValue) {
   return AValue.ToDisplayString().ToUtf8();
 }
 
-std::string Called(std::string_view AName, std::string_view AArgs) {
-  const std::u16string name = Utf8ToUtf16(AName);
-  const std::vector<TFormulaArg> args = ArgsOf(AArgs);
-  TCellValue value;
-  if (TryEvaluateExtra(name, args, {}, value)) return Shown(value);
-  return Shown(EvaluateFunction(name, args, {}));
+std::string Shown(const TFormulaArg& AArg) {
+  if (!AArg.IsRange) return Shown(AArg.Scalar);
+  std::string shown = "[";
+  for (int32_t row = 0; row < AArg.RowCount; ++row) {
+    if (row > 0) shown += ";";
+    for (int32_t col = 0; col < AArg.ColCount; ++col) shown += (col > 0 ? " " : "") + Shown(AArg.CellAt(row, col));
+  }
+  return shown + "]";
 }
 
-void ExpectCalls(std::initializer_list<TCallCase> ACases) {
-  for (const TCallCase& row : ACases) {
-    EXPECT_EQ(Called(row.Name, row.Args), row.Result) << row.Name << "(" << row.Args << ")";
-  }
+TFormulaArg ResultOf(std::string_view AName, const std::vector<TFormulaArg>& AArgs) {
+  const std::u16string name = Utf8ToUtf16(AName);
+  const TFunctionDef* const row = FindFunction(name);
+  if (row && row->ArrayBody) return row->ArrayBody(AArgs, {});
+  TCellValue value;
+  if (!TryEvaluateExtra(name, AArgs, {}, value)) value = EvaluateFunction(name, AArgs, {});
+  return TFormulaArg::FromScalar(std::move(value));
+}
+
+std::string Called(std::string_view AName, std::string_view AArgs) { return Shown(ResultOf(AName, ArgsOf(AArgs))); }
+
+double NumberCalled(std::string_view AName, std::string_view AArgs) {
+  const TCellValue value = ResultOf(AName, ArgsOf(AArgs)).First();
+  return value.Kind == cvkNumber ? value.Number : std::nan("");
 }
 
 }  // namespace tessarine::testing

@@ -6,6 +6,7 @@
 #include <tessarine/formula/detail/Interpreter.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
 #include "../support/SheetFixture.h"
 
 namespace tessarine::testing {
@@ -40,34 +41,16 @@ TEST(DeepChain, AMillionUncachedCellsReadFromTheEnd) {
 }
 
 TEST(DeepChain, EveryShapeOfALinkGivesItsValue) {
-  constexpr int kLength = 20'001;
-  const struct {
-    const char* Formula;
-    const char* Shown;
-  } cases[] = {
-      {"=1+A{-1}", "20001"},
-      {"=-(-A{-1}-1)", "20001"},
-      {"=SUM(A{-1},1)", "20001"},
-      {"=SUM(A{-1}:A{-1})+1", "20001"},
-      {"=SUM(1,2-MAX(1,-A{-1}),A{-1})", "40001"},
-      {"=IF(A{-1}>0,A{-1}+1,0)", "20001"},
-      {"=IF(B{0}=0,A{-1}+1,0)", "20001"},
-      {"=IFERROR(CHOOSE(1,A{-1},1/0),5)+1", "20001"},
-      {"=IF(B{0}=0,IF(B{0}=1,0,SUM(A{-1},B1:B9,1)))", "20001"},
-      {"=Step+INDIRECT(\"A\"&(ROW()-1))", "20001"},
-      {"=IF(0,0,OFFSET(A{-1},0,0)+1)", "20001"},
-      {"=Sheet1!A{-1}&\"\"", "'1'"},
-      {"=A{-1}*2-A{-1}+(A{-1}=A{-1})", "20001"},
-      {"=@A{-1}:A{-1}+1", "20001"},
-  };
-  for (const auto& row : cases) {
-    TSheetFixture sheet({{"A1", "1"}});
+  test::ExpectCases("formula/deep_chains.tsv", [](const test::TCase& ACase) {
+    const int length = ACase.Int(0);
+    TSheetFixture sheet({{"A1", "1"}, {"C1", "1"}, {"C2", "2"}, {"C3", "3"}});
     sheet.Workbook.SetNamedFormula("Step", "=1");
-    FillChain(sheet, kLength, row.Formula);
-    EXPECT_EQ(RunLast(sheet, kLength), row.Shown) << row.Formula;
-    sheet.Set("C1", "=SUM(A1:A20001)");
-    EXPECT_EQ(sheet.Sheet().Store().UncachedCount(), 1u) << row.Formula;
-  }
+    FillChain(sheet, length, ACase[1]);
+    const std::string shown = sheet.EvalAt("F2", ACase[2]);
+    EXPECT_EQ(sheet.EvalAt("F2", "=x"), "#NAME?") << ACase.Place();
+    EXPECT_EQ(sheet.Sheet().Store().UncachedCount(), 0u) << ACase.Place();
+    return shown;
+  });
 }
 
 TEST(DeepChain, LinksThatNestAlmostAsDeepAsAFormulaMay) {

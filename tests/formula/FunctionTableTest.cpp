@@ -8,6 +8,7 @@
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
 #include "CallNotation.h"
 
 namespace tessarine {
@@ -111,38 +112,11 @@ TEST(FunctionTable, DispatchByTier) {
   EXPECT_FALSE(IsUnsupportedFunction(u"NOSUCHNAME"));
 }
 
-TEST(FunctionTable, CanonicalNamesLoseOnePrefix) {
-  const struct {
-    const char16_t* Name;
-    const char16_t* Canonical;
-  } cases[] = {
-      {u" sum ", u"SUM"},
-      {u"$S$um", u"SUM"},
-      {u"_xlfn._xlws.sort", u"SORT"},
-      {u"_xlfn.Single", u"SINGLE"},
-      {u"_xlpm.x", u"X"},
-      {u"com.microsoft.sum", u"SUM"},
-      {u"_xlfn._xlpm.x", u"_XLPM.X"},
-      {u"_xlfn._xlfn.x", u"_XLFN.X"},
-      {u"_xl$fn.x", u"X"},
-      {u"x_xlfn.", u"X_XLFN."},
-      {u"_xlfn.", u""},
-      {u"\u00E4b", u"\u00E4B"},
-      {u"", u""},
-  };
-  for (const auto& row : cases) {
-    EXPECT_EQ(CanonicalFunctionName(row.Name), row.Canonical) << Utf16ToUtf8(row.Name);
-  }
-}
-
-TEST(FunctionTable, SpillAdviceLooksAtTheOutermostFunction) {
-  for (const std::u16string_view text :
-       {u"=FILTER(A1:A3,B1:B3)", u" +=@ sort (A1)", u"=_xlfn._xlws.sort(A1)", u"UNIQUE", u"==+@sequence(3)"}) {
-    EXPECT_TRUE(IsDynamicArraySpillFormulaText(text)) << Utf16ToUtf8(text);
-  }
-  for (const std::u16string_view text : {u"=SUM(SORT(A1:A3))", u"=A1:A3", u"", u"=", u"=(SORT(A1))", u"=-SORT(A1)"}) {
-    EXPECT_FALSE(IsDynamicArraySpillFormulaText(text)) << Utf16ToUtf8(text);
-  }
+TEST(FunctionTable, NamesAsTheyAreWritten) {
+  using test::TCase;
+  test::ExpectCases("formula/function_names.tsv",
+                    {{"canonical", [](const TCase& ACase) { return CanonicalFunctionName(ACase.Text(1)); }},
+                     {"spills", [](const TCase& ACase) { return IsDynamicArraySpillFormulaText(ACase.Text(1)); }}});
   EXPECT_TRUE(IsDynamicArraySpillFunction(u"array_constrain"));
   EXPECT_TRUE(IsDynamicArraySpillFunction(u"WRAPROWS"));
   EXPECT_FALSE(IsDynamicArraySpillFunction(u"OFFSET"));

@@ -4,7 +4,6 @@
 #include <memory>
 #include <random>
 #include <string>
-#include <string_view>
 
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
@@ -13,6 +12,7 @@
 #include <tessarine/formula/detail/Program.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
 #include "../support/SheetFixture.h"
 
 namespace tessarine::testing {
@@ -97,45 +97,25 @@ int32_t RowsTaken(TSheetFixture& AFixture, detail::TInterpreter& AInterpreter) {
 }
 
 TEST(LookupBlock, TakesExactLookupsInSettledTablesAndNoOthers) {
-  const struct {
-    const char* Formula;
-    int32_t Rows;
-  } cases[] = {
-      {"=VLOOKUP(E1,A$1:B$100,2,FALSE)", 300},
-      {"=MATCH(E1,A$1:A$100,0)", 300},
-      {"=XLOOKUP(E1,A$1:A$100,B$1:B$100)", 300},
-      {"=VLOOKUP(E$1,A$1:B$100,2,0)", 300},
-      {"=VLOOKUP(E1,A$1:B$100,2)", -1},
-      {"=VLOOKUP(E1,A$1:B$100,2,TRUE)", -1},
-      {"=VLOOKUP(E1,A$1:B$100,3,FALSE)", -1},
-      {"=VLOOKUP(E1,A1:B100,2,FALSE)", -1},
-      {"=VLOOKUP(E1,A$1:B$20,2,FALSE)", -1},
-      {"=VLOOKUP(E1,A:B,2,FALSE)", -1},
-      {"=XLOOKUP(E1,A$1:A$100,B$1:B$90)", -1},
-      {"=VLOOKUP(E1+0,A$1:B$100,2,FALSE)", -1},
-      {"=MATCH(E1,A$1:A$100,1)", -1},
-      {"=VLOOKUP(E1,None!A$1:B$100,2,FALSE)", -1},
-  };
-  for (const auto& row : cases) {
+  for (const test::TCase& row : test::CasesOf("formula/lookup_blocks.tsv", 2)) {
+    const std::string& formula = row[0];
     TSheetFixture fixture;
     detail::TInterpreter interpreter(fixture.Workbook);
     for (int32_t i = 1; i <= 300; ++i) {
       const std::string at = std::to_string(i);
       fixture.Set({{("A" + at).c_str(), at.c_str()}, {("B" + at).c_str(), at.c_str()}, {("E" + at).c_str(), "77"}});
-      fixture.Sheet().SetValue({7, i}, TCellValue::FromFormula(Utf8ToUtf16(row.Formula)));
+      fixture.Sheet().SetValue({7, i}, TCellValue::FromFormula(Utf8ToUtf16(formula)));
     }
-    EXPECT_EQ(RowsTaken(fixture, interpreter), row.Rows) << row.Formula;
-    if (row.Rows < 0) continue;
-    EXPECT_EQ(fixture.Show("G1 G300"), "77 77") << row.Formula;
+    EXPECT_EQ(RowsTaken(fixture, interpreter), row.Integer(1)) << formula;
+    if (row.Integer(1) < 0) continue;
+    EXPECT_EQ(fixture.Show("G1 G300"), "77 77") << formula;
     fixture.Set("E200", "=1");  // has no result yet
-    EXPECT_EQ(RowsTaken(fixture, interpreter),
-              std::string_view(row.Formula).find("E$1") != std::string_view::npos ? 300 : 199)
-        << row.Formula;
+    EXPECT_EQ(RowsTaken(fixture, interpreter), formula.find("E$1") != formula.npos ? 300 : 199) << formula;
     fixture.Set("A50", "=1");
-    EXPECT_EQ(RowsTaken(fixture, interpreter), -1) << row.Formula;
+    EXPECT_EQ(RowsTaken(fixture, interpreter), -1) << formula;
     fixture.Set("A50", "50");
     fixture.Sheet().Spills().SetSpill(30, 1, 2, 1, {});
-    EXPECT_EQ(RowsTaken(fixture, interpreter), -1) << row.Formula;
+    EXPECT_EQ(RowsTaken(fixture, interpreter), -1) << formula;
   }
 }
 

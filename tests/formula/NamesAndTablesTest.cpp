@@ -4,57 +4,11 @@
 
 #include <tessarine/core/lists/SheetTables.h>
 
+#include "../support/CaseTable.h"
 #include "../support/SheetFixture.h"
 
 namespace tessarine::testing {
 namespace {
-
-TEST(DefinedNames, YieldOneValueOnTheReadingSheet) {
-  TSheetFixture sheet({{"A1", "1"}, {"A2", "2"}, {"A3", "3"}, {"Other!A2", "20"}});
-  sheet.Workbook.SetNamedFormula("Column", "=A1:A3");
-  sheet.Workbook.SetNamedFormula("Rate", "=0.5");
-  sheet.Workbook.SetNamedFormula("Twice", "=rate*2");
-  sheet.Workbook.SetNamedFormula("Loop", "=Pool");
-  sheet.Workbook.SetNamedFormula("Pool", "=Loop+1");
-  sheet.Workbook.SetNamedFormula("Bad", "=NoSuchName");
-  sheet.Workbook.SetNamedFormula("Empty", "");
-  sheet.Workbook.SetNamedFormula("Array", "={1,2}");
-  const struct {
-    const char* At;
-    const char* Formula;
-    const char* Shown;
-  } cases[] = {
-      {"B2", "=Column", "2"},    {"B9", "=Column", "#VALUE!"},   {"B2", "=SUM(Column)", "2"},
-      {"B1", "=rate", "0.5"},    {"B1", "=$Rate+1", "1.5"},      {"B1", "=Twice", "1"},
-      {"B1", "=Loop", "#CIRC!"}, {"B1", "=Bad", "#NAME?"},       {"B1", "=Empty", "#VALUE!"},
-      {"B1", "=Array", "_"},     {"Other!B2", "=Column", "20"},  {"B1", "=Twice(1)", "#NAME?"},
-      {"B1", "=Twice()", "1"},   {"B1", "=IFERROR(Bad,4)", "4"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(sheet.EvalAt(row.At, row.Formula), row.Shown) << row.At << row.Formula;
-}
-
-TEST(DefinedNames, ShadowFunctionsWithoutArguments) {
-  TSheetFixture sheet({{"B7", "=ROW()"}});
-  sheet.Run("B7");
-  const std::string before = sheet.Eval("=PI()");
-  sheet.Workbook.SetNamedFormula("PI", "=3");
-  sheet.Workbook.SetNamedFormula("ROW", "=42");
-  EXPECT_EQ(sheet.Eval("=PI()"), "3");
-  EXPECT_EQ(sheet.Eval("=SUM(PI,1)"), "4");
-  EXPECT_EQ(sheet.Eval("=ROW()"), "42");
-  EXPECT_EQ(sheet.Eval("=ROW(B3)"), "3");
-  sheet.Workbook.SetNamedFormula("ROW", "=NoSuchName");
-  EXPECT_EQ(sheet.Eval("=ROW()"), "7") << "a name whose value is #NAME? counts as none";
-  sheet.Workbook.SetNamedFormula("PI", "=NoSuchName");
-  EXPECT_EQ(sheet.Eval("=PI()"), before);
-}
-
-TEST(DefinedNames, AreNoEdgesOfACycle) {
-  TSheetFixture sheet({{"A1", "=IFERROR(N,5)"}});
-  sheet.Workbook.SetNamedFormula("N", "=A1+1");
-  EXPECT_EQ(sheet.Run("A1"), "5");
-  EXPECT_EQ(sheet.Eval("=N"), "6");
-}
 
 TEST(DefinedNames, ChainsOfAnyLengthEndInAValue) {
   TSheetFixture sheet;
@@ -92,33 +46,8 @@ class StructuredReferences : public ::testing::Test {
 };
 
 TEST_F(StructuredReferences, AreRectanglesAsArgumentsAndIntersectElsewhere) {
-  const struct {
-    const char* At;
-    const char* Formula;
-    const char* Shown;
-  } cases[] = {
-      {"D3", "=SUM(Sales[Net])", "60"},
-      {"D3", "=Sales[Net]", "20"},
-      {"D9", "=Sales[Net]", "#VALUE!"},
-      {"D3", "=Sales[@Net]*2", "40"},
-      {"B3", "=[Net]", "20"},
-      {"B3", "=[@Net]", "20"},
-      {"B3", "=SUM([Net])", "60"},
-      {"D3", "=[Net]", "#REF!"},
-      {"D3", "=Sales[Gross]", "#REF!"},
-      {"D3", "=SUM(sales)", "60"},
-      {"D3", "=Sales", "#NAME?"},
-      {"D3", "=SUM(Stock)", "18"},
-      {"D3", "=Stock[Count]", "6"},
-      {"D3", "=SUM(Nope[Count])", "0"},
-      {"D3", "=COUNTA(Sales)", "6"},
-      {"D3", "=SUM(-Stock[Count])", "-18"},
-      {"D3", "=SUM(@Stock[Count])", "6"},
-      {"D3", "=SUM(OFFSET(Sales[Net],1,0,1))", "20"},
-      {"D3", "=SUM(OFFSET(Stock[Count],0,-1))", "60"},
-      {"D3", "=SUM(@Stock)", "6"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(Sheet.EvalAt(row.At, row.Formula), row.Shown) << row.At << row.Formula;
+  test::ExpectCases("formula/table_references.tsv",
+                    [this](const test::TCase& ACase) { return Sheet.EvalAt(ACase[0], ACase[1]); });
 }
 
 TEST_F(StructuredReferences, LookOnTheirOwnSheetFirst) {
@@ -146,17 +75,6 @@ TEST_F(StructuredReferences, FollowTheirTableWhenItChanges) {
   sales.SetDisplayName(u"Turnover");
   EXPECT_EQ(Sheet.Run("D1"), "0");
   EXPECT_EQ(Sheet.EvalAt("D2", "=COUNTA(Turnover[Net])"), "2");
-}
-
-TEST(SheetNames, AreResolvedAgainWhenSheetsChange) {
-  TSheetFixture sheet({{"Data!A1", "5"}, {"More!A1", "6"}, {"B1", "=Data!A1"}, {"B2", "=SUM(Data!A1:A2)"}});
-  EXPECT_EQ(sheet.Run("B1 B2"), "5 5");
-  sheet.Sheet(1).SetName("Old");
-  EXPECT_EQ(sheet.Run("B1 B2"), "#REF! 0");
-  sheet.Sheet(2).SetName("DATA");
-  EXPECT_EQ(sheet.Run("B1 B2"), "6 6");
-  sheet.Workbook.RemoveSheet(2);
-  EXPECT_EQ(sheet.Run("B1"), "#REF!");
 }
 
 }  // namespace

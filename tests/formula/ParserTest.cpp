@@ -10,96 +10,16 @@
 #include <tessarine/formula/Parser.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
+
 namespace tessarine {
 namespace {
 
 std::string Dump(const TAstNode* ANode) { return Utf16ToUtf8(DumpAst(ANode)); }
 std::string Parsed(std::u16string_view AText) { return Dump(TFormulaParser::Parse(AText).get()); }
 
-struct TParseCase {
-  const char16_t* Formula;
-  const char* Tree;
-};
-
-void ExpectTrees(const std::vector<TParseCase>& ACases) {
-  for (const auto& row : ACases) EXPECT_EQ(Parsed(row.Formula), row.Tree) << Utf16ToUtf8(row.Formula);
-}
-
-TEST(Parser, OperatorsBindAsTheGrammarTells) {
-  ExpectTrees({
-      {u"=1+2*3", "(+ 1 (* 2 3))"},
-      {u"=(1+2)*3", "(* (+ 1 2) 3)"},
-      {u"1-2-3", "(- (- 1 2) 3)"},
-      {u"=2^3^2", "(^ (^ 2 3) 2)"},
-      {u"=-2^2", "(^ (- 2) 2)"},
-      {u"=2^-1", "(^ 2 (- 1))"},
-      {u"=1<2<3", "(< (< 1 2) 3)"},
-      {u"=1&2=3&4<>5", "(<> (= (& 1 2) (& 3 4)) 5)"},
-      {u"=1+2&3*4^5/6-7", "(& (+ 1 2) (- (/ (* 3 (^ 4 5)) 6) 7))"},
-      {u"=1>=2<=3", "(<= (>= 1 2) 3)"},
-      {u"=--A1", "(- (- A1))"},
-      {u"=+A1", "(+ A1)"},
-      {u"=@A1:A3", "(@ A1:A3)"},
-      {u"=-@+1*-2", "(* (- (@ (+ 1))) (- 2))"},
-      {u"=((((7))))", "7"},
-      {u"==1", "#VALUE!"},
-      {u"=1=-1", "(= 1 (- 1))"},
-  });
-}
-
-TEST(Parser, PrimariesKeepWhatTheTokenSays) {
-  ExpectTrees({
-      {u"=1.2.3", "1.2.3"},
-      {u"=\"a\"\"b\"", "\"a\"\"b\""},
-      {u"=true", "TRUE"},
-      {u"=$b$7", "B7"},
-      {u"=$C$3:a1", "C3:A1"},
-      {u"=A:$C", "A1:C1048576"},
-      {u"=Sheet1!A1", "Sheet1!A1"},
-      {u"='My Sheet'!A1:B2", "'My Sheet'!A1:B2"},
-      {u"=Sales[Price]", "Sales[Price]"},
-      {u"=[@Price]", "[@Price]"},
-      {u"=now", "(NOW)"},
-      {u"=NOW()", "(NOW)"},
-      {u"=sum (A1,2,\"x\")", "(SUM A1 2 \"x\")"},
-      {u"={1,2;3,4}", "{1 2; 3 4}"},
-      {u"={}", "{}"},
-      {u"={1+1,{2}}", "{(+ 1 1) {2}}"},
-      {u"=F({1;2},(A1))", "(F {1; 2} A1)"},
-  });
-}
-
-TEST(Parser, RefusedPartsAreErrorsWhereTheyStand) {
-  ExpectTrees({
-      {u"", "#VALUE!"},
-      {u"=", "#VALUE!"},
-      {u"=5%", "#VALUE!"},
-      {u"=#REF!", "#VALUE!"},
-      {u"=1 2", "#VALUE!"},
-      {u"=SUM(A1,", "#VALUE!"},
-      {u"=F(1,,2)", "#VALUE!"},
-      {u"=F(1,)", "#VALUE!"},  // the ")" is eaten as an argument
-      {u"=F(1,))", "(F 1 #VALUE!)"},
-      {u"=F(,)", "(F #VALUE!)"},
-      {u"=F(;)", "(F #VALUE!)"},  // so is a stray separator
-      {u"=1+)", "(+ 1 #VALUE!)"},
-      {u"=1+*2", "#VALUE!"},
-      {u"=1+", "(+ 1 #VALUE!)"},
-      {u"=1+%", "(+ 1 #VALUE!)"},
-      {u"=-", "(- #VALUE!)"},
-      {u"=)", "#VALUE!"},
-      {u"=(1", "#VALUE!"},
-      {u"=(1,2)", "#VALUE!"},
-      {u"={1,2;3}", "#VALUE!"},
-      {u"={{1,2;3}", "{#VALUE!}"},    // the inner literal stops at "}", which then closes the outer one
-      {u"={F(1;2}", "{#VALUE!; 2}"},  // the call stops at ";", which then ends the row
-      {u"={(1,2}", "{#VALUE! 2}"},
-      {u"=F({1,2)", "(F #VALUE!)"},
-      {u"=F((1,2)", "(F #VALUE! 2)"},
-      {u"=LAMBDA(x,x)(2)", "#VALUE!"},
-      {u"=A1\t+1", "#VALUE!"},
-      {u"=1@2", "#VALUE!"},
-  });
+TEST(Parser, TreesAreThoseOfTheGrammar) {
+  test::ExpectCases("formula/trees.tsv", [](const test::TCase& ACase) { return Parsed(ACase.Text(0)); });
 }
 
 TEST(Parser, ArrayLiteralsKnowTheirShape) {

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
-#include <string_view>
 
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/formula/Evaluator.h>
 #include <tessarine/formula/PivotData.h>
 
+#include "../support/CaseTable.h"
 #include "CallNotation.h"
 
 namespace tessarine {
@@ -44,68 +43,22 @@ class TPivots final : public IPivotDataSource {
   mutable std::string Asked;
 };
 
-struct TPivotCase {
-  const char* Formula;
-  const char* Result;
-};
-
-void ExpectFormulas(std::initializer_list<TPivotCase> ACases) {
+TEST(PivotFunctions, AnswerByTheSourceOfTheHost) {
   TWorkbook book;
   book.AddSheet(u"Sheet2");
   TFormulaEvaluator evaluator(book);
-  for (const TPivotCase& row : ACases)
-    EXPECT_EQ(testing::Shown(evaluator.Evaluate(row.Formula)), row.Result) << row.Formula;
-}
-
-TEST(PivotFunctions, WithoutPivotTablesNothingIsFound) {
-  ASSERT_EQ(PivotDataSource(), nullptr);
-  ExpectFormulas({{"=GETPIVOTDATA(\"f\",A1)", "#REF!"},
-                  {"=GETPIVOTDATA(\"f\")", "#VALUE!"},
-                  {"=GETPIVOTDATA(1/0,A1)", "#DIV/0!"},
-                  {"=FIELDVALUE({7,8},\"x\")", "7"},
-                  {"=CUBEVALUE(\"c\")", "#N/A"},
-                  {"=CUBEVALUE(\"c\",\"sales\")", "#N/A"},
-                  {"=CUBEMEMBER(\"c\",\"m\")", "#N/A"},
-                  {"=CUBEKPIMEMBER(\"c\",\"k\",1)", "#N/A"},
-                  {"=CUBEMEMBERPROPERTY(\"c\",\"m\",\"p\")", "#N/A"},
-                  {"=CUBERANKEDMEMBER(\"c\",\"years\",1)", "#N/A"},
-                  {"=CUBESET(\"c\",\"years\")", "#N/A"},
-                  {"=CUBESETCOUNT(\"years\")", "#N/A"}});
-}
-
-TEST(PivotFunctions, PivotTablesAndCubesAnswer) {
   const TPivots pivots;
-  SetPivotDataSource(&pivots);
-  ExpectFormulas({{"=GETPIVOTDATA(\"Sum\",Sheet2!B2,\"Year\",2024,\"City\",\"Bonn\")", "'Sum Year=2024 City='Bonn''"},
-                  {"=GETPIVOTDATA(\"Sum\",B2)", "'Sum'"},  // found on another sheet
-                  {"=GETPIVOTDATA(\"Sum\",\"$B$2\")", "'Sum'"},
-                  {"=GETPIVOTDATA(\"Sum\",C2)", "#REF!"},
-                  {"=GETPIVOTDATA(\"Sum\",\"nowhere\")", "#REF!"},
-                  {"=GETPIVOTDATA(\"Sum\",B2,\"Year\")", "#REF!"},
-                  {"=GETPIVOTDATA(\"Sum\",B2,\"Year\",1/0)", "#DIV/0!"},
-                  {"=CUBEVALUE(\"c\",\"sales\",\"2024\")", "11"},
-                  {"=CUBEVALUE(\"c\",\"sales\",\"1999\")", "#N/A"},
-                  {"=CUBEVALUE(\"c\",\"none\")", "#N/A"},
-                  {"=CUBEVALUE(\"c\",1/0)", "#DIV/0!"},
-                  {"=CUBEMEMBER(\"c\",\"m\")", "'m'"},
-                  {"=CUBEMEMBER(\"c\",\"m\",\"shown\")", "'shown'"},
-                  {"=CUBEMEMBER(\"c\",\"none\")", "#N/A"},
-                  {"=CUBEKPIMEMBER(\"c\",\"sales\",1)", "'sales'"},
-                  {"=CUBEKPIMEMBER(\"c\",\"profit\",1)", "#N/A"},
-                  {"=CUBEMEMBERPROPERTY(\"c\",\"m\",\"p\")", "#N/A"},
-                  {"=CUBERANKEDMEMBER(\"c\",CUBESET(\"c\",\"years\"),2)", "'2024'"},
-                  {"=CUBERANKEDMEMBER(\"c\",\"years\",3)", "#N/A"},
-                  {"=CUBERANKEDMEMBER(\"c\",\"years\",\"x\")", "#VALUE!"},
-                  {"=CUBESET(\"c\",\"years\",\"All years\")", "'All years'"},
-                  {"=CUBESET(\"c\",\"days\")", "#N/A"},
-                  {"=CUBESETCOUNT(\"years\")", "2"}});
-  EXPECT_EQ(pivots.Asked,
-            "1"
-            "01"
-            "01"
-            "01")
-      << "the sheet of the reference first, then from the last to the first";
-  SetPivotDataSource(nullptr);
+  ASSERT_EQ(PivotDataSource(), nullptr);
+  const auto answer = [&](const TPivots* APivots, const test::TCase& ACase) {
+    SetPivotDataSource(APivots);
+    const std::string shown = testing::Shown(evaluator.Evaluate(ACase[1]));
+    SetPivotDataSource(nullptr);
+    return shown;
+  };
+  test::ExpectCases("formula/pivots.tsv",
+                    {{"without", [&](const test::TCase& ACase) { return answer(nullptr, ACase); }},
+                     {"with", [&](const test::TCase& ACase) { return answer(&pivots, ACase); }}});
+  EXPECT_EQ(pivots.Asked, "1010101") << "the sheet of the reference first, then from the last to the first";
 }
 
 }  // namespace

@@ -12,6 +12,8 @@
 #include <tessarine/formula/detail/Program.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
+
 namespace tessarine::detail {
 namespace {
 
@@ -222,48 +224,8 @@ std::string Flags(const TProgram& AProgram) {
 }
 
 TEST(Program, FlagsTellWhatAFormulaMayDo) {
-  const struct {
-    const char16_t* Formula;
-    const char* Flags;
-  } cases[] = {
-      {u"=A1+B2*2", ""},
-      {u"=SUM(A1:A9)", "calls"},
-      {u"=-A1:A9", "position spill"},
-      {u"=A1:A9", "spill"},
-      {u"=A1:A9=1", "position"},
-      {u"=SUM(A1:A9*2)", "calls position"},
-      {u"=IF(A1>1,SUM(A1:A9),B1)", "calls"},
-      {u"=IF(1,A1:A9)", "calls position spill"},
-      {u"=IF(1,{1,2})", "calls spill"},
-      {u"=IF(1,ABS({1,2}))", "calls"},
-      {u"=-SEQUENCE(3)", "calls spill"},
-      {u"=1+SEQUENCE(3)", "calls"},
-      {u"=@SEQUENCE(3)", "calls position"},
-      {u"=ROW(A1)", "calls"},
-      {u"=ROW()", "calls identifiers position"},
-      {u"=SUM(INDIRECT(\"A1\"))", "calls position untracked"},
-      {u"=SUM(OFFSET(A1,1,1))", "calls untracked"},
-      {u"=OFFSET(A1,1,1)", "calls untracked spill"},
-      {u"=SUM({1,2})", "calls"},
-      {u"=SUM({1,A2})", "calls untracked"},
-      {u"=SUM({1,ABS(-A2)})", "calls untracked"},
-      {u"=Rate*2", "calls identifiers position"},
-      {u"=RAND()+1", "calls identifiers position order"},
-      {u"=WEBSERVICE(A1)", "calls order"},
-      {u"=1+NONESUCH(1)", "calls order"},
-      {u"=SUM(Tab[x])", "calls table"},
-      {u"=Tab[x]", "position table"},
-      {u"=SUM([x])", "calls position table"},
-      {u"=S!A1", "sheet"},
-      {u"=SUM(S!A1:B2)", "calls sheet"},
-      {u"=SUM(A:A)", "calls lines"},
-      {u"=SUM(S!$1:$2)", "calls sheet lines"},
-      {u"=SUM(A1:B1048576)", "calls lines"},
-      {u"=SUM(A1:B1048575)", "calls"},
-      {u"=LET(x,1,x)", "calls identifiers position spill"},
-      {u"=1 2", ""},
-  };
-  for (const auto& row : cases) EXPECT_EQ(Flags(*CompileText(row.Formula)), row.Flags) << Utf16ToUtf8(row.Formula);
+  test::ExpectCases("formula/program_flags.tsv",
+                    [](const test::TCase& ACase) { return Flags(*CompileText(ACase.Text(0))); });
   const TInterned column(u"=SUM(B1:C1048576)", 1, 5);
   EXPECT_TRUE(CompileTemplate(*column, 1, 5)->HasWholeLines);
 }

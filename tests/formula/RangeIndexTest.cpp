@@ -9,11 +9,12 @@
 #include <tessarine/core/lists/SpillMap.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/formula/Evaluator.h>
 #include <tessarine/formula/FunctionTable.h>
 #include <tessarine/formula/library/detail/Conditions.h>
 #include <tessarine/formula/library/detail/Search.h>
-#include <tessarine/platform/Locale.h>
 
+#include "../support/LocaleGuard.h"
 #include "CallNotation.h"
 
 namespace tessarine {
@@ -23,21 +24,6 @@ namespace {
 using namespace detail;
 
 constexpr int32_t kRows = 90;
-
-class TLocaleKeeper {
- public:
-  TLocaleKeeper() : FBefore(CurrentFormatSettings()) {}
-  ~TLocaleKeeper() { SetDefaultFormatSettings(FBefore); }
-
-  void SetSeparator(char16_t ASeparator) {
-    TFormatSettings settings = FBefore;
-    settings.DecimalSeparator = ASeparator;
-    SetDefaultFormatSettings(settings);
-  }
-
- private:
-  TFormatSettings FBefore;
-};
 
 /// Values that meet one another in every way that equality knows: numbers, texts of them, case, Booleans, errors.
 TCellValue RandomValue(std::mt19937& ARandom) {
@@ -75,7 +61,7 @@ class TIndexJudge {
   void Disturb() {
     const TCellAddress at{static_cast<int32_t>(1 + FRandom() % 4), static_cast<int32_t>(1 + FRandom() % kRows)};
     switch (FRandom() % 8) {
-      case 0: FLocale.SetSeparator(FRandom() % 2 ? u',' : u'.'); break;
+      case 0: FLocale.SetDecimal(FRandom() % 2 ? u',' : u'.'); break;
       case 1:
         FSheet.Spills().SetSpill(at.Col, at.Row, 3, 1,
                                  {RandomValue(FRandom), RandomValue(FRandom), RandomValue(FRandom)});
@@ -139,7 +125,7 @@ class TIndexJudge {
   }
 
   std::mt19937 FRandom;
-  TLocaleKeeper FLocale;
+  test::TLocaleGuard FLocale;
   TWorkbook FBook;
   TWorksheet& FSheet;
   TRangeIndexCache FCache{20'000};  // room for a few indexes only
@@ -273,6 +259,30 @@ TEST_F(RangeIndexCacheTest, FunctionsAnswerAlikeWithAndWithoutIndexes) {
     }
   }
   EXPECT_GT(cache.BuildCount(), 4u);
+}
+
+TEST(RangeIndex, XMatchFindsTheSamePositions) {
+  TWorkbook book;
+  TWorksheet& sheet = *book.GetSheet(0);
+  std::mt19937 random(8);
+  std::string cells = "[";
+  for (int32_t row = 1; row <= 400; ++row) {
+    const auto value = static_cast<int>(random() % 90);
+    cells += (row > 1 ? ";" : "") + (value == 0 ? std::string("_") : std::to_string(value));
+    if (value != 0) sheet.SetValue({1, row}, TCellValue::FromNumber(value));
+  }
+  cells += "]";
+  TFormulaEvaluator evaluator(book);
+  for (const char* modes : {"-1,1", "1,1", "-1,-1", "1,-1", "0,1", "0,-1"}) {
+    for (const int key : {-3, 0, 17, 43, 89, 95}) {
+      const std::string formula = "=XMATCH(" + std::to_string(key) + ",A1:A400," + modes + ")";
+      std::string args = std::to_string(key) + " " + cells + " " + modes;
+      args[args.rfind(',')] = ' ';
+      for (int again = 0; again < 3; ++again)  // the first searches scan
+        EXPECT_EQ(testing::Shown(evaluator.EvaluateAt(formula, 0, 5, 5).First()), testing::Called("XMATCH", args))
+            << formula;
+    }
+  }
 }
 
 }  // namespace

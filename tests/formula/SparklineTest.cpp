@@ -8,6 +8,7 @@
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
 #include "CallNotation.h"
 
 namespace tessarine {
@@ -46,34 +47,10 @@ class Sparkline : public ::testing::Test {
 };
 
 TEST_F(Sparkline, KindsAndOptionsMakeTheChart) {
-  const struct {
-    const char* Arguments;
-    const char* Chart;
-    const char* Value;
-  } cases[] = {
-      {"A1:A4", "line max 4: 1 -4 2", "''"},
-      {"A1:B4", "line max 40: 10 30 40", "''"},  // the first column is where the points lie
-      {"A1:B4,{\"charttype\",\"column\"}", "column max 40: 1 10 -4 30 2 40", "''"},
-      {"A1:A4,{\" ChartType\",\"WinLoss\"}", "winloss max 1: 1 -4 2", "''"},
-      {"A1:A4,{\"charttype\",\"column\";\"ymax\",8;\"rtl\",TRUE}", "column max 8: 2 -4 1", "''"},
-      {"A1:A4,{\"empty\",\"zero\"}", "line max 4: 1 0 -4 2", "''"},
-      {"B1:B4,{\"nan\",\"convert\"}", "line max 40: 10 0 30 40", "''"},
-      {"5,{\"charttype\",\"bar\";\"max\",10}", "bar 5 of 10", "''"},
-      {"B1:B4,{\"charttype\",\"bar\"}", "bar 80 of 80", "''"},
-      {"A1:A4,{\"charttype\",\"pie\"}", "none", "#VALUE!"},
-      {"A1:A4,{\"max\",-1}", "none", "#VALUE!"},
-      {"A1:A4,3", "none", "#VALUE!"},
-      {"A1:A4,{3}", "none", "#VALUE!"},
-      {"1/0", "none", "#DIV/0!"},
-      {"A2", "none", "#N/A"},
-      {"HSTACK(10^308,10^308)", "line max 1E+308: 1E+308 1E+308", "''"},
-      {"HSTACK(10^308,10^308),{\"charttype\",\"bar\"}", "none", "#NUM!"},
-  };
-  for (const auto& row : cases) {
-    const TCell cell = Entered(std::string("=SPARKLINE(") + row.Arguments + ")");
-    EXPECT_EQ(Dump(cell.Sparkline), row.Chart) << row.Arguments;
-    EXPECT_EQ(testing::Shown(cell.CachedValue), row.Value) << row.Arguments;
-  }
+  test::ExpectCases("formula/sparklines.tsv", [this](const test::TCase& ACase) {
+    const TCell cell = Entered("=SPARKLINE(" + ACase[0] + ")");
+    return Dump(cell.Sparkline) + " / " + testing::Shown(cell.CachedValue);
+  });
 }
 
 TEST_F(Sparkline, ColoursAreRead) {

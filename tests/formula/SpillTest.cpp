@@ -12,18 +12,6 @@
 namespace tessarine::testing {
 namespace {
 
-TEST(Spill, LaysARectangleBesideTheCells) {
-  TSheetFixture sheet({{"A1", "={1;2;3}"}, {"C1", "=A1:B3"}, {"F1", "={7}"}, {"G1", "=A2&\"\""}});
-  EXPECT_EQ(sheet.Run("A1"), "1");
-  EXPECT_EQ(sheet.Show("A1 A2 A3 A4"), "1 2 3 _");
-  EXPECT_FALSE(sheet.Sheet().HasCell({1, 2}));
-  EXPECT_EQ(sheet.Run("G1"), "'2'") << "formulas read through the map";
-  EXPECT_EQ(sheet.Run("C1"), "1");
-  EXPECT_EQ(sheet.Show("C1 D1 C2 D2 C3 D3"), "1 _ 2 _ 3 _");
-  EXPECT_EQ(sheet.Run("F1"), "7");
-  EXPECT_EQ(sheet.Sheet().Spills().Count(), 2u) << "one cell is no block";
-}
-
 TEST(Spill, IsBlockedByWhateverIsNotJustFormatting) {
   const auto richText = [](TCell& ACell) {
     ACell.RichText = {{u"x", {}}};
@@ -45,34 +33,6 @@ TEST(Spill, IsBlockedByWhateverIsNotJustFormatting) {
   EXPECT_EQ(shownAfter(richText), "#SPILL! _ _ _");
 }
 
-TEST(Spill, KeepsTheIncumbentWhenAnchorsCompete) {
-  TSheetFixture sheet({{"A2", "={1,2}"}, {"B1", "={3;4}"}});
-  EXPECT_EQ(sheet.Run("A2 B1"), "1 #SPILL!");
-  EXPECT_EQ(sheet.Show("B1 A2 B2"), "#SPILL! 1 2");
-  EXPECT_EQ(sheet.Run("A2"), "1") << "a block never blocks its own formula";
-  sheet.Set("A2", "5");
-  EXPECT_EQ(sheet.Show("B1"), "#SPILL!") << "nobody is tried again by itself";
-  sheet.Evaluator.NotifyCellChanged(0, 1, 2);
-  EXPECT_EQ(sheet.Run("B1"), "3");
-  EXPECT_EQ(sheet.Show("B2"), "4");
-}
-
-TEST(Spill, AnAnchorMayStandInsideAnotherBlocksArea) {
-  TSheetFixture sheet({{"A1", "={1;2;3}"}, {"A2", "={8,9}"}});
-  EXPECT_EQ(sheet.Run("A2"), "8");
-  EXPECT_EQ(sheet.Run("A1"), "#SPILL!");
-}
-
-TEST(Spill, AFormulaReadsItsOwnOldBlock) {
-  TSheetFixture sheet({{"A1", "={1;2;3}"}});
-  sheet.Run("A1");
-  sheet.Set("A1", "=A2:A3");
-  EXPECT_EQ(sheet.Run("A1"), "2");
-  EXPECT_EQ(sheet.Show("A1 A2 A3"), "2 3 _");
-  EXPECT_EQ(sheet.Run("A1"), "3") << "one step at each evaluation";
-  EXPECT_EQ(sheet.Show("A1 A2 A3"), "3 _ _");
-}
-
 TEST(Spill, MayRunPastTheEdgeOfTheSheet) {
   TSheetFixture sheet({{"XFD1048576", "={1,2;3,4}"}, {"A1", "={1;2}"}});
   EXPECT_EQ(sheet.Run("XFD1048576"), "1");
@@ -82,46 +42,6 @@ TEST(Spill, MayRunPastTheEdgeOfTheSheet) {
   sheet.Set("XFD1048576", "=1");
   sheet.Run("XFD1048576");
   EXPECT_TRUE(spills.IsEmpty());
-}
-
-TEST(Spill, AReaderThatWasUnderWayKeepsWhatItHasRead) {
-  // The first argument was read before A1 laid its block over it.
-  TSheetFixture sheet({{"A1", "={5;6;7}"}, {"C1", "=0+SUM(A2:A3,A1)"}, {"E1", "=SUM(A2:A3,A1)"}});
-  EXPECT_EQ(sheet.Run("C1"), "5");
-  EXPECT_EQ(sheet.Run("C1"), "18");
-  TSheetFixture twice({{"A1", "={5;6;7}"}, {"E1", "=SUM(A2:A3,A1)"}});
-  EXPECT_EQ(twice.Run("E1"), "18") << "arguments at the root count as evaluated twice";
-}
-
-TEST(Spill, ReadersOfABlockAreEvaluatedWhenItComesMovesAndGoes) {
-  TSheetFixture sheet({{"B1", "3"},
-                       {"A1", "=OFFSET(C1,0,0,B1,1)"},
-                       {"C1", "1"},
-                       {"C2", "2"},
-                       {"C3", "3"},
-                       {"E1", "=SUM(A1:A9)"},
-                       {"E2", "=A3"},
-                       {"E3", "=E2&\"!\""}});
-  sheet.Evaluator.RecalculateAll();
-  EXPECT_EQ(sheet.Show("A1 A2 A3 E1 E2 E3"), "1 2 3 6 3 '3!'");
-  sheet.Set("B1", "2");
-  sheet.Evaluator.NotifyCellChanged(0, 2, 1);
-  EXPECT_EQ(sheet.Show("A1 A2 A3 E1 E2 E3"), "1 2 _ 3 _ '!'");
-  sheet.Set("A2", "x");
-  sheet.Evaluator.NotifyCellChanged(0, 1, 2);
-  sheet.Evaluator.NotifyCellChanged(0, 2, 1);
-  EXPECT_EQ(sheet.Show("A1 A2 A3 E1 E2 E3"), "#SPILL! 'x' _ 0 _ '!'");
-  sheet.Set("A2", "_");
-  sheet.Evaluator.RecalculateAll();
-  EXPECT_EQ(sheet.Show("A1 A2 A3 E1 E2 E3"), "1 2 _ 3 _ '!'");
-}
-
-TEST(Spill, ResultsThatAreNoValuesOfACell) {
-  TSheetFixture sheet({{"A1", "={}"}, {"A2", "=LAMBDA(x,x)"}, {"A3", "=B9"}, {"A4", "=C2:XFD1048576"}});
-  EXPECT_EQ(sheet.Run("A1"), "_");
-  EXPECT_TRUE(sheet.Sheet().GetCellAt(1, 1).HasCachedValue);
-  EXPECT_EQ(sheet.Run("A3"), "_") << "a blank stays a blank";
-  EXPECT_EQ(sheet.Run("A4"), "#NUM!") << "more cells than an array may have";
 }
 
 /// Evaluates the formula two rows below each block that comes into being.

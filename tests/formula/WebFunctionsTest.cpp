@@ -10,6 +10,7 @@
 #include <tessarine/platform/Http.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
 #include "../support/LoopbackServer.h"
 #include "../support/SheetFixture.h"
 #include "CallNotation.h"
@@ -28,59 +29,32 @@ class WebFunctions : public ::testing::Test {
     const std::string result = Sheet.EvalAt("A1", AFormula);
     return result.starts_with('{') ? result.substr(1, result.size() - 2) : result;
   }
-  struct TCase {
-    const char* Formula;
-    const char* Result;
-  };
-  void Expect(std::initializer_list<TCase> ACases) {
-    for (const TCase& row : ACases) EXPECT_EQ(Eval(row.Formula), row.Result) << row.Formula;
+  void Expect(std::initializer_list<std::pair<const char*, const char*>> ACases) {
+    for (const auto& [formula, result] : ACases) EXPECT_EQ(Eval(formula), result) << formula;
+  }
+  /// Formulas with their results; a line "serve" gives a path of the server its answer.
+  void ExpectFile(const std::string& APath) {
+    for (const test::TCase& row : test::CasesOf("formula/" + APath, 2, 4)) {
+      if (row[0] == "serve") {
+        Server.Reply(row[1], row[2], row[3].empty() ? "text/plain" : row[3]);
+      } else {
+        EXPECT_EQ(Eval(row[0]), row[1]) << row.Place() << ": " << row[0];
+      }
+    }
   }
 
   TLoopbackServer Server;
   TSheetFixture Sheet;
 };
 
-TEST(EncodeUrl, LeavesWhatIsUnreserved) {
-  ExpectCalls({
-      {"ENCODEURL", "'a b'", "'a%20b'"},
-      {"ENCODEURL", "' aZ09-._~ '", "'aZ09-._~'"},
-      {"ENCODEURL", "'/?&=+ä€'", "'%2F%3F%26%3D%2B%C3%A4%E2%82%AC'"},
-      {"ENCODEURL", "12.5", "'12.5'"},
-      {"ENCODEURL", "#N/A", "#N/A"},
-      {"ENCODEURL", "", "#VALUE!"},
-  });
-}
-
-TEST_F(WebFunctions, CheckTheirArgumentsFirst) {
+TEST_F(WebFunctions, ReadWhatTheServerSends) {
   const std::string longUrl = "http://x/" + std::string(2040, 'x');
   EXPECT_FALSE(detail::IsWebUrl(Utf8ToUtf16(longUrl)));
   EXPECT_TRUE(detail::IsWebUrl(Utf8ToUtf16(longUrl.substr(0, 2048))));
-  Expect({
-      {"=WEBSERVICE(\"ftp://x\")", "#VALUE!"},
-      {"=WEBSERVICE(\"\")", "#VALUE!"},
-      {"=WEBSERVICE(1/0)", "#DIV/0!"},
-      {"=FILTERXML(\"\",\"//a\")", "#VALUE!"},
-      {"=FILTERXML(\"<a/>\",\"\")", "#VALUE!"},
-      {"=FILTERXML(NA(),1/0)", "#N/A"},
-      {"=IMPORTHTML(\"{}/x\",\"tables\",1)", "#VALUE!"},
-      {"=IMPORTHTML(\"{}/x\",\"table\",0)", "#VALUE!"},
-      {"=IMPORTHTML(\"x\",\"table\",1,NA())", "#N/A"},
-      {"=IMPORTDATA(\"{}/x\",\"select A\",\"maybe\")", "#VALUE!"},
-      {"=IMPORTFEED(\"{}/x\",\"weather\")", "#VALUE!"},
-      {"=IMPORTFEED(\"{}/x\",\"items weather\")", "#VALUE!"},
-      {"=IMPORTFEED(\"{}/x\",Z9,Z9,0)", "#VALUE!"},
-      {"=STOCKHISTORY(\"X\",45000,Z9,3)", "#VALUE!"},
-      {"=STOCKHISTORY(\"X\",\"soon\")", "#VALUE!"},
-      {"=STOCKHISTORY(\"X\",45000,Z9,Z9,3)", "#VALUE!"},
-      {"=STOCKHISTORY(\"X\",45000,Z9,Z9,Z9,6)", "#VALUE!"},
-      {"=STOCKHISTORY(\" \",45000)", "#VALUE!"},
-      {"=GOOGLEFINANCE(\"X\",Z9,\"soon\")", "#VALUE!"},
-      {"=IMPORTRANGE(\"\",\"A1\")", "#VALUE!"},
-      {"=IMPORTRANGE(\"x\",\"A1\")", "#N/A"},
-      {"=TRANSLATE(\"x\")", "#N/A"},
-      {"=DETECTLANGUAGE(\"x\")", "#N/A"},
-  });
-  EXPECT_EQ(Server.Count("/x"), 0);
+  Server.Reply("/wide", std::string(2000, ',') + std::string(2000, '\n'));
+  ExpectFile("web.tsv");
+  EXPECT_EQ(Server.Count("/x"), 0) << "wrong arguments are told before anything is fetched";
+  EXPECT_EQ(Server.Count("/p"), 1);
 }
 
 TEST_F(WebFunctions, WebServiceFetchesOnceAndTellsFailures) {
@@ -138,43 +112,6 @@ TEST_F(WebFunctions, OneEvaluationFetchesOnce) {
   }
 }
 
-TEST_F(WebFunctions, FilterXmlAndImportXmlSelect) {
-  Server.Reply("/x.xml", "<a><b>1</b><b> x </b><b/></a>", "text/xml");
-  Server.Reply("/bad", "<a>");
-  Expect({{"=FILTERXML(\"<a><b>1</b><b>2</b></a>\",\"//b\")", "'1';'2'"},
-          {"=FILTERXML(\"<a><b>1</b></a>\",\"//b\")", "'1'"},
-          {"=FILTERXML(\"<a/>\",\"//b\")", "#VALUE!"},
-          {"=FILTERXML(\"<a>\",\"//b\")", "#VALUE!"},
-          {"=FILTERXML(\"<a/>\",\"//[\")", "#VALUE!"},
-          {"=IMPORTXML(\"{}/x.xml\",\"//b\")", "1;' x ';''"},
-          {"=IMPORTXML(\"{}/x.xml\",\"//c\")", "#VALUE!"},
-          {"=IMPORTXML(\"{}/bad\",\"//c\")", "#VALUE!"}});
-}
-
-TEST_F(WebFunctions, ImportHtmlReadsTablesAndLists) {
-  Server.Reply("/p",
-               "<html><head><title>t<body><script>'<table>'</script><!-- <table> -->"
-               "<Table><tr><th>n<th>v</tr><tr><td>a<td>1.5</tr><tr><td>b</tr>"
-               "<tr><td><table><tr><td>in</td></tr></table></td></tr></table>"
-               "<ul><li> x <b>y</b></li><li>z<ol><li>1<li>2</ol></li></ul><table></table><ol><li>open",
-               "text/html");
-  Expect({
-      {"=IMPORTHTML(\"{}/p\",\" Table \",1)", "'n','v';'a',1.5;'b','';'','';'in',''"},
-      {"=IMPORTHTML(\"{}/p\",\"table\",3)", "#N/A"},
-      {"=IMPORTHTML(\"{}/p\",\"table\",4)", "#N/A"},
-      {"=IMPORTHTML(\"{}/p\",\"list\",2)", "1;2"},
-      {"=IMPORTHTML(\"{}/p\",\"list\",3)", "'open'"},
-      {"=IMPORTHTML(\"{}/p\",\"list\",4)", "#N/A"},
-      {"=IMPORTHTML(\"{}/none\",\"list\",4)", "#VALUE!"},
-      {"=IMPORTHTML(\"{}/p\",\"table\",2)", "'in'"},
-      {"=IMPORTHTML(\"{}/p\",\"table\",1,\"select v where v > 1\")", "'v';1.5"},
-      {"=IMPORTHTML(\"{}/p\",\"table\",1,\"select\")", "#VALUE!"},
-      {"=1+IMPORTHTML(\"{}/p\",\"table\",1)", "#VALUE!"},
-      {"=IMPORTHTML(\"{}/p\",\"list\",1)", "'x y';'z\n1\n2'"},
-  });
-  EXPECT_EQ(Server.Count("/p"), 1);
-}
-
 TEST_F(WebFunctions, ImportsBecomeTables) {
   Server.Reply("/d", "h,v\na,1\n");
   const std::string formula = "=IMPORTDATA(\"" + Server.Url("/d") + "\",TRUE)";
@@ -194,52 +131,6 @@ TEST_F(WebFunctions, ImportsBecomeTables) {
   EXPECT_EQ(Sheet.Show("H2 H3 I2"), "'h' 'a' _");
 }
 
-TEST_F(WebFunctions, ImportDataReadsDelimitedText) {
-  Server.Reply("/c", "1,\"a,b\",\r\n2.5,c\n");
-  Server.Reply("/t", "x\ty,z\n1\t2");
-  Server.Reply("/e", "");
-  Server.Reply("/wide", std::string(2000, ',') + std::string(2000, '\n'));
-  Expect({{"=IMPORTDATA(\"{}/c\")", "1,'a,b','';2.5,'c',''"},
-          {"=IMPORTDATA(\"{}/t\")", "'x','y,z';1,2"},
-          {"=IMPORTDATA(\"{}/t\",\"select x\")", "'x';1"},
-          {"=IMPORTDATA(\"{}/t\",Z9,FALSE)", "'x','y,z';1,2"},
-          {"=IMPORTDATA(\"{}/e\")", "#N/A"},
-          {"=IMPORTDATA(\"{}/wide\")", "#NUM!"},
-          {"=IMPORTDATA(\"{}/none\")", "#VALUE!"}});
-}
-
-TEST_F(WebFunctions, ImportFeedReadsRssAndAtom) {
-  Server.Reply("/rss",
-               "\n<?xml version='1.0'?><rss xmlns:atom='a'><channel><title>News</title><atom:link href='self'/>"
-               "<link>http://n/</link><description>d</description>"
-               "<item><title>One &amp; all</title><link>http://1</link><pubDate>Mon</pubDate>"
-               "<description><![CDATA[<b>s</b>]]></description><author>me</author></item>"
-               "<item><title>2</title></item></channel></rss>");
-  Server.Reply("/atom",
-               "<feed xmlns='http://www.w3.org/2005/Atom'><title>A</title><link href='http://a/'/>"
-               "<entry><title>E</title><link rel='x' href='http://e'/><updated>T</updated><summary>S</summary>"
-               "<author><name>N</name><email>M</email></author></entry></feed>");
-  Server.Reply("/none.xml", "<a/>");
-  Server.Reply("/bad.xml", "<!DOCTYPE a [<!ENTITY x \"y\">]><a>&x;</a>");
-  Expect({
-      {"=IMPORTFEED(\"{}/rss\")", "'One & all','http://1','Mon';'2','',''"},
-      {"=IMPORTFEED(\"{}/rss\",\"ITEMS \",TRUE,1)", "'Title','URL','Date';'One & all','http://1','Mon'"},
-      {"=IMPORTFEED(\"{}/rss\",\"items title\")", "'One & all';'2'"},
-      {"=IMPORTFEED(\"{}/rss\",\"items summary\",Z9,1)", "'<b>s</b>'"},
-      {"=IMPORTFEED(\"{}/rss\",\"items author\",1,1)", "'Author';'me'"},
-      {"=IMPORTFEED(\"{}/rss\",\"feed title\")", "'News'"},
-      {"=IMPORTFEED(\"{}/rss\",\"feed url\")", "'http://n/'"},
-      {"=IMPORTFEED(\"{}/rss\",\"feed\",TRUE)", "'Title','URL','Description';'News','http://n/','d'"},
-      {"=IMPORTFEED(\"{}/atom\")", "'E','http://e','T'"},
-      {"=IMPORTFEED(\"{}/atom\",\"items content\")", "'S'"},
-      {"=IMPORTFEED(\"{}/atom\",\"items author\")", "'N'"},
-      {"=IMPORTFEED(\"{}/atom\",\"feed url\")", "'http://a/'"},
-      {"=IMPORTFEED(\"{}/none.xml\")", "#N/A"},
-      {"=IMPORTFEED(\"{}/bad.xml\")", "#VALUE!"},
-      {"=IMPORTFEED(\"{}/missing\")", "#VALUE!"},
-  });
-}
-
 /// Sends the finance functions to the test's server.
 class WebFinance : public WebFunctions {
  protected:
@@ -249,30 +140,7 @@ class WebFinance : public WebFunctions {
   TWebSettings Before = WebSettings();
 };
 
-TEST_F(WebFinance, HistoriesComeFromTheChartService) {
-  const std::string path = "/v8/finance/chart/%5EX?period1=1672617600&period2=1672876800&interval=";
-  Server.Reply(path + "1d",
-               "{\"chart\":{\"error\":null,\"result\":[{\"meta\":{\"a\":[1,{}]},\"timestamp\":[1672617600,null,"
-               "1672747200],\"indicators\":{\"adj\":[1],\"quote\":[{\"open\":[1,2,3],\"high\":[4,5,6],\"low\":[7,8,9],"
-               "\"close\":[10,11,null],\"volume\":[1e3]},{\"close\":[0]}]}},{\"timestamp\":[1]}]}}");
-  Server.Reply(path + "1wk", "{\"chart\":{\"result\":[]}}");
-  Server.Reply(path + "1mo", "{\"chart\":");
-  Server.Reply("/v8/finance/chart/D?period1=1672617600&period2=1672704000&interval=1d",
-               "{\"chart\":{\"result\":[{\"timestamp\":[1672617600]}]}}");
-  Expect({
-      {"=STOCKHISTORY(\"N:^X\",44928,44930)", "'Date','Close';44928,10;44929.5,0"},
-      {"=STOCKHISTORY(\" ^X \",44928,44930,Z9,2,5,0,2)", "'^X',_,_;'Volume','Date','Open';1000,44928,1;0,44929.5,3"},
-      {"=STOCKHISTORY(\"^X\",44928,44930,0,0,3,4)", "4,7;6,9"},
-      {"=STOCKHISTORY(\"^X\",44928,44930,1)", "#N/A"},
-      {"=STOCKHISTORY(\"^X\",44928,44930,2)", "#N/A"},
-      {"=STOCKHISTORY(\"D\",44928,44000,Z9,0)", "44928,0"},
-      {"=STOCKHISTORY(\"none\",44928)", "#N/A"},
-      {"=STOCKHISTORY(\"X\",10^300)", "#N/A"},
-      {"=GOOGLEFINANCE(\"^X\",\"High\",44928,44930)", "'Date','High';44928,4;44929.5,6"},
-      {"=GOOGLEFINANCE(\"^X\",\"nothing\",44928,44930)", "#N/A"},
-      {"=GOOGLEFINANCE(\"none\")", "#N/A"},
-  });
-}
+TEST_F(WebFinance, HistoriesComeFromTheChartService) { ExpectFile("web_finance.tsv"); }
 
 /// One provider of everything; it notes what it is asked.
 class TOwnProvider final : public ITessarineStockHistoryProvider,
@@ -322,19 +190,7 @@ TEST_F(WebFunctions, ProvidersAreAskedInPlaceOfTheNetwork) {
   Sheet.Workbook.StockHistoryProvider = provider;
   Sheet.Workbook.TranslateProvider = provider;
   Sheet.Workbook.ImportRangeProvider = provider;
-  Expect({
-      {"=STOCKHISTORY(\"N:X\",10,20,2,0,1,5)", "4,5;0,#NUM!"},
-      {"=GOOGLEFINANCE(\"X\")", "4"},
-      {"=GOOGLEFINANCE(\"X\",\"low\",10,20)", "'Date','Low';10,3;20,0"},
-      {"=TRANSLATE(\" a \")", "'a auto en'"},
-      {"=GOOGLETRANSLATE(\"a\",Z9,\"de\")", "'a auto de'"},
-      {"=TRANSLATE(\"no\")", "#N/A"},
-      {"=TRANSLATE(\"throw\")", "#N/A"},
-      {"=DETECTLANGUAGE(\"a\")", "'fr'"},
-      {"=DETECTLANGUAGE(\"no\")", "#N/A"},
-      {"=IMPORTRANGE(\"u\",\"A1:B1\")", "'u','A1:B1'"},
-      {"=IMPORTRANGE(\"torn\",\"A1\")", "#N/A"},
-  });
+  ExpectFile("web_providers.tsv");
   EXPECT_EQ(provider->Notes.substr(0, 10), "N:X 10 20 ");
   provider->Notes.clear();
   Sheet.Workbook.GoogleFinanceProvider = provider;

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "../support/CaseTable.h"
+
 namespace tessarine {
 namespace {
 
@@ -21,40 +23,16 @@ std::string Decoded(std::string_view AText) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-TEST(Base64, BothWaysInOneLine) {
-  const struct {
-    std::string Bytes;
-    std::string Text;
-  } cases[] = {{"", ""},
-               {"f", "Zg=="},
-               {"fo", "Zm8="},
-               {"foo", "Zm9v"},
-               {"foobar", "Zm9vYmFy"},
-               {std::string("\0\xFF\xFE", 3), "AP/+"},
-               {std::string(100, 'x'), Encoded(std::string(100, 'x'))}};
-  for (const auto& row : cases) {
-    EXPECT_EQ(Encoded(row.Bytes), row.Text);
-    EXPECT_EQ(Decoded(row.Text), row.Bytes) << row.Text;
-    EXPECT_EQ(row.Text.find('\n'), std::string::npos);
-  }
-}
-
-TEST(Base64, BlanksAndMissingPaddingAreFineAnythingElseIsNothing) {
-  const struct {
-    const char* Text;
-    const char* Bytes;
-  } cases[] = {{" Zm9v\r\n\tYmFy ", "foobar"},
-               {"Z m 8", "fo"},
-               {"Zg", "f"},
-               {"Zg=", "f"},
-               {"Zm9v=", ""},
-               {"Z", ""},
-               {"Zm9vY", ""},
-               {"Zm9v!", ""},
-               {"=Zg", ""},
-               {"Zg==Zg==", ""},
-               {"Zm-_", ""}};
-  for (const auto& row : cases) EXPECT_EQ(Decoded(row.Text), row.Bytes) << row.Text;
+TEST(Base64, ExamplesHold) {
+  const auto both = [](const test::TCase& ACase) {
+    EXPECT_EQ(Encoded(ACase[2]), ACase[1]) << ACase.Place();
+    return Decoded(ACase[1]);
+  };
+  test::ExpectCases("platform/base64.tsv",
+                    {{"both", both}, {"read", [](const test::TCase& ACase) { return Decoded(ACase[1]); }}});
+  const std::string many(100, 'x');
+  EXPECT_EQ(Decoded(Encoded(many)), many);
+  EXPECT_EQ(Encoded(many).find('\n'), std::string::npos);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <tessarine/platform/JsonWriter.h>
 #include <tessarine/platform/Unicode.h>
 
+#include "../support/CaseTable.h"
 #include "../support/Thrown.h"
 
 using namespace tessarine;
@@ -104,52 +105,12 @@ void PutRandomValue(std::mt19937& ARandom, int ADepth, TJsonWriter& AJson) {
 
 }  // namespace
 
-TEST(Json, ReaderGivesTheEventsOfADocument) {
-  const struct {
-    std::string Text;
-    const char* Events;
-  } cases[] = {
-      {"{}", "{}"},
-      {" [ ] ", "[]"},
-      {"{\"a\":[1,true,null,false],\"b\":{\"c\":\"d\"}}", "{a:[1 T N F ]b:{c:'d' }}"},
-      {"\xEF\xBB\xBF[-0.5e2]", "[-50 ]"},
-      {"1e400", "1.7976931348623157e+308 "},
-      {"[-1e400,1e-999]", "[-1.7976931348623157e+308 0 ]"},
-      {"\"\\\"\\\\\\/\\b\\f\\n\\r\\t\\u0041\\u00e9\"", "'\"\\/\b\f\n\r\tA\u00E9' "},
-      {"\"\\ud83d\\ude00|\\ud83d|\\ude00\\ud83d\\u0041\"", "'\U0001F600|\uFFFD|\uFFFD\uFFFDA' "},
-      {"\"a\xFFz\"", "'a\uFFFDz' "},
-      {"\"\"", "'' "},
-  };
-  for (const auto& row : cases) EXPECT_EQ(Events(row.Text), row.Events) << row.Text;
-}
-
-TEST(Json, ReaderRefusesWhatIsNoJsonAndTellsThePlace) {
-  const struct {
-    std::string Text;
-    const char* Message;
-  } cases[] = {
-      {"", "line 1, column 1: expected a value, found the end of the text"},
-      {"[1,]", "line 1, column 4: expected a value, found \"]\""},
-      {"{\n \"a\" 1}", "line 2, column 6: expected \":\" behind a name, found \"1\""},
-      {"{a:1}", "line 1, column 2: expected a name in quotes, found \"a\""},
-      {"[1 2]", "line 1, column 4: expected \",\" or \"]\", found \"2\""},
-      {"[01]", "line 1, column 2: a number must not begin with 0"},
-      {"[1.]", "line 1, column 2: a number needs a digit behind its decimal point"},
-      {"[1e]", "line 1, column 2: a number needs a digit in its exponent"},
-      {"[-]", "line 1, column 2: expected a value, found \"-\""},
-      {"[+1]", "line 1, column 2: expected a value, found \"+\""},
-      {"tru", "line 1, column 1: expected a value, found \"t\""},
-      {"\"abc", "line 1, column 5: a text is not closed"},
-      {"\"\\", "line 1, column 3: a text is not closed"},
-      {"\"\\x\"", "line 1, column 3: there is no escape \"\\x\""},
-      {"\"\\u12g4\"", "line 1, column 6: \"\\u\" needs four hexadecimal digits"},
-      {"\"a\nb\"", "line 1, column 3: a text holds a control character that is not escaped"},
-      {"{} x", "line 1, column 4: found \"x\" behind the end of the document"},
-      {"[1}", "line 1, column 3: expected \",\" or \"]\", found \"}\""},
-      {"{\"a\":1,}", "line 1, column 8: expected a name in quotes, found \"}\""},
-  };
-  for (const auto& row : cases)
-    EXPECT_EQ(Thrown([&] { Events(row.Text); }), std::string("format: t.json, ") + row.Message) << row.Text;
+TEST(Json, ReaderGivesTheEventsOfADocumentOrTellsThePlaceOfAFault) {
+  test::ExpectCases("platform/json.tsv", [](const test::TCase& ACase) {
+    std::string events;
+    const std::string thrown = Thrown([&] { events = Events(ACase[0]); });
+    return thrown == "nothing" ? events : thrown;
+  });
 }
 
 TEST(Json, DepthIsLimitedAndNothingIsRecursive) {

@@ -4,6 +4,8 @@
 #include <tessarine/platform/XPath.h>
 #include <tessarine/platform/detail/XPathCost.h>
 
+#include "../support/CaseTable.h"
+
 using namespace tessarine;
 
 namespace {
@@ -32,37 +34,13 @@ std::string Repeated(std::string_view APiece, size_t ACount) {
 
 }  // namespace
 
-TEST(XPath, SelectsTextsInDocumentOrder) {
+TEST(XPath, ExamplesHold) {
   const std::string xml =
       " <?xml version=\"1.0\" encoding=\"UTF-16\"?><r xmlns:n=\"u\"><a id=\"1\">x<b>y</b> z</a>\n"
       "<a id=\"2\"><![CDATA[<&]]>&#8364;</a><n:c>ns</n:c></r> ";
-  const struct {
-    const char* XPath;
-    const char* Texts;
-  } cases[] = {
-      {"//a", "xy z|<&€"},
-      {"/r/a[@id='2']", "<&€"},
-      {"//@id", "1|2"},
-      {"//b/text() | //a/@id", "1|y|2"},
-      {"//a[last()]/preceding-sibling::*", "xy z"},
-      {"//*[local-name()='c']", "ns"},
-      {"//n:c", "ns"},
-      {"//a[b and contains(., 'z')]/b", "y"},
-      {"/r", "xy z<&€ns"},
-      {"//none", ""},
-      {"count(//a)", "(bad)"},
-      {"//a[", "(bad)"},
-      {"$x", "(bad)"},
-      {"", "(bad)"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(Selected(xml, row.XPath), row.Texts) << row.XPath;
-  EXPECT_EQ(Selected(xml, std::string_view("//a\0", 4)), "(bad)");
-}
-
-TEST(XPath, RefusesWhatIsNoDocument) {
-  for (const char* xml : {"", "x", "<a>", "<a></b>", "<a>&e;</a>", "<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;</a>",
-                          "<a/><b/>", "<a x='1' x='2'/>"})
-    EXPECT_EQ(Selected(xml, "/*"), "(no document)") << xml;
+  test::ExpectCases("platform/xpath.tsv",
+                    {{"select", [&](const test::TCase& ACase) { return Selected(xml, ACase[1]); }},
+                     {"load", [](const test::TCase& ACase) { return Selected(ACase[1], "/*"); }}});
   EXPECT_EQ(Selected(Repeated("<a>", 100'000) + Repeated("</a>", 100'000), "/*"), "(no document)");
 }
 

@@ -68,18 +68,12 @@ TEST(XmlReader, AgreesWithTheJudgeOnMutatedDocuments) {
 
 TEST(XmlReader, AgreesWithTheJudgeOnCharacters) {
   std::mt19937 random(12);
-  constexpr std::string_view kCharacters[] = {"\xc2\x80",
-                                              "\xdf\xbf",
-                                              "\xe0\xa0\x80",
-                                              "\xed\x9f\xbf",
-                                              "\xee\x80\x80",
-                                              "\xef\xbf\xbd",
-                                              "\xf0\x90\x80\x80",
-                                              "\xf4\x8f\xbf\xbf",
-                                              "ascii text of some length",
-                                              "\n",
-                                              "\r",
-                                              "]"};
+  constexpr std::string_view kCharacters[] = {
+      // clang-format off
+      "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xee\x80\x80", "\xef\xbf\xbd", "\xf0\x90\x80\x80",
+      "\xf4\x8f\xbf\xbf", "ascii text of some length", "\n", "\r", "]"
+      // clang-format on
+  };
   size_t good = 0;
   for (int round = 0; round < 60'000; ++round) {
     std::string text;
@@ -157,46 +151,16 @@ std::string EventsOf(const std::string& ADocument, bool ASteps) {
 }
 
 TEST(XmlReader, StepsForMachinesAreWhatTheEventsSay) {
-  static const char* const pieces[] = {"<v>",
-                                       "</v>",
-                                       "<ab>",
-                                       "</ab>",
-                                       "12",
-                                       "<v>3</v>",
-                                       "<ab>x y</ab>",
-                                       "<v></v>",
-                                       "<v/>",
-                                       "&lt;",
-                                       "]",
-                                       "\r\n",
-                                       "<v >",
-                                       "</v >",
-                                       "\x01",
-                                       "\xc3\xa4",
-                                       "<c/>",
-                                       "]]>",
-                                       " ",
-                                       "<V>4</V>",
-                                       "\xff",
-                                       "<!-- -->",
-                                       "<v>5</ab>",
-                                       "<a:v>6</a:v>",
-                                       "<v r=\"A1\">",
-                                       "<ab a=\"\" b=\"x y\"/>",
-                                       "<v r=\"1\" r=\"2\">",
-                                       "<v r='1'>",
-                                       "<v r=\"&amp;\"/>",
-                                       "<v  r=\"1\"/>",
-                                       "<v r=\"1\" s=\"2\" t=\"3\" u=\"4\"/>",
-                                       "<v r=\"<\"/>",
-                                       "<v r=\"\x01\"/>",
-                                       "<v rs=\"1\"/>",
-                                       "<v r=\"\xff\"/>",
-                                       "<v r=\"1\"s=\"2\"/>",
-                                       "<va r=\"1\"/>",
-                                       "<v r=\"1\" s=\"2\">",
-                                       "<v r=\"1\"",
-                                       "<v R=\"1\"/>"};
+  static const char* const pieces[] = {
+      // clang-format off
+      "<v>", "</v>", "<ab>", "</ab>", "12", "<v>3</v>", "<ab>x y</ab>", "<v></v>", "<v/>", "&lt;", "]", "\r\n",
+      "<v >", "</v >", "\x01", "\xc3\xa4", "<c/>", "]]>", " ", "<V>4</V>", "\xff", "<!-- -->", "<v>5</ab>",
+      "<a:v>6</a:v>", "<v r=\"A1\">", "<ab a=\"\" b=\"x y\"/>", "<v r=\"1\" r=\"2\">", "<v r='1'>",
+      "<v r=\"&amp;\"/>", "<v  r=\"1\"/>", "<v r=\"1\" s=\"2\" t=\"3\" u=\"4\"/>", "<v r=\"<\"/>", "<v r=\"\x01\"/>",
+      "<v rs=\"1\"/>", "<v r=\"\xff\"/>", "<v r=\"1\"s=\"2\"/>", "<va r=\"1\"/>", "<v r=\"1\" s=\"2\">", "<v r=\"1\"",
+      "<v R=\"1\"/>"
+      // clang-format on
+  };
   std::mt19937 random(5);
   for (int round = 0; round < 60000; ++round) {
     std::string document = "<r>";

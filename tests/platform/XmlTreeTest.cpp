@@ -4,8 +4,10 @@
 
 #include <tessarine/platform/Unicode.h>
 #include <tessarine/platform/XmlEscapes.h>
+#include <tessarine/platform/XmlText.h>
 #include <tessarine/platform/XmlTree.h>
 
+#include "../support/CaseTable.h"
 #include "../support/Thrown.h"
 
 namespace tessarine::test {
@@ -76,29 +78,29 @@ TEST(XmlTree, IsDeepAndWideWithinItsLimits) {
             "limit: p: the part has more elements, texts and attributes than the limit of 3");
 }
 
-TEST(XlsxEscapes, AreUndoneInOnePass) {
-  const struct {
-    const char16_t* Text;
-    const char16_t* Plain;
-  } cases[] = {
-      {u"", u""},
-      {u"_", u"_"},
-      {u"plain_text_xyz", u"plain_text_xyz"},
-      {u"_x0041_", u"A"},
-      {u"_X00e4_", u"\u00e4"},
-      {u"a_x000D_\n_x000d_b", u"a\r\n\rb"},
-      {u"_x005F_x0041_", u"_x0041_"},
-      {u"_x0041_x0042_", u"Ax0042_"},
-      {u"__x0041__", u"_A_"},
-      {u"_x041_", u"_x041_"},
-      {u"_x00411_", u"_x00411_"},
-      {u"_x004G_", u"_x004G_"},
-      {u"_x0041", u"_x0041"},
-      {u"_xD83D__xDE00_", u"\U0001F600"},
+TEST(XmlEscapes, ExamplesHold) {
+  const auto appended = [](void (*AAppend)(std::u16string_view, std::string&)) {
+    return [AAppend](const TCase& ACase) {
+      std::string xml;
+      AAppend(ACase.Text(1), xml);
+      return xml;
+    };
   };
-  for (const auto& row : cases) {
-    EXPECT_EQ(UnescapeXlsxText(std::u16string_view(row.Text)), row.Plain) << Utf16ToUtf8(row.Text);
-    EXPECT_EQ(UnescapeXlsxText(Utf16ToUtf8(row.Text)), Utf16ToUtf8(row.Plain));
+  const auto unescaped = [](const TCase& ACase) {
+    const std::u16string plain = UnescapeXlsxText(std::u16string_view(ACase.Text(1)));
+    EXPECT_EQ(UnescapeXlsxText(ACase[1]), Utf16ToUtf8(plain)) << ACase.Place();
+    return plain;
+  };
+  ExpectCases("platform/xml_escapes.tsv", {{"unescape", unescaped},
+                                           {"element", appended(AppendXmlText)},
+                                           {"attribute", appended(AppendXmlAttribute)},
+                                           {"escape", appended(AppendXlsxText)}});
+  const std::u16string half = {u'a', 0xD83D, 0xDE00, 0xD83D, u'z'};  // a pair, and half of one
+  using TAppend = void (*)(std::u16string_view, std::string&);
+  for (const TAppend append : std::initializer_list<TAppend>{AppendXmlText, AppendXmlAttribute, AppendXlsxText}) {
+    std::string xml;
+    append(half, xml);
+    EXPECT_EQ(xml, "a\U0001F600\uFFFDz");
   }
   EXPECT_EQ(UnescapeXlsxText(std::u16string_view(u"_xD83D_")), std::u16string(1, char16_t{0xd83d}));
   EXPECT_EQ(UnescapeXlsxText(std::string_view("_xD83D_")), "\xef\xbf\xbd");

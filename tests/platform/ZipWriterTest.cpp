@@ -88,38 +88,6 @@ TEST(ZipWriter, WhatTheStreamThrowsReachesTheCaller) {
   EXPECT_THROW(zip.Finish(), EFileAccess);
 }
 
-struct TEscapeCase {
-  std::u16string Text;
-  std::string Element;
-  std::string Attribute;
-  std::string Escaped;
-};
-
-TEST(XmlText, EscapesByPlace) {
-  const TEscapeCase cases[] = {
-      {u"a&b<c>\"d'", "a&amp;b&lt;c&gt;&quot;d'", "a&amp;b&lt;c&gt;&quot;d'", "a&amp;b&lt;c&gt;&quot;d'"},
-      {u"&amp;", "&amp;amp;", "&amp;amp;", "&amp;amp;"},
-      {u"a\tb\nc\rd", "a\tb\nc\rd", "a&#9;b&#10;c&#13;d", "a\tb\nc_x000D_d"},
-      {std::u16string(u"a\u0001\uFFFE") + u"b", "ab", "ab", "a_x0001__xFFFE_b"},
-      {u"_x000D_ _x00 _", "_x000D_ _x00 _", "_x000D_ _x00 _", "_x005F_x000D_ _x00 _"},
-      {{u'a', char16_t{0xD83D}, char16_t{0xDE00}, char16_t{0xD83D}, u'z'},
-       "a\xF0\x9F\x98\x80\xEF\xBF\xBDz",
-       "a\xF0\x9F\x98\x80\xEF\xBF\xBDz",
-       "a\xF0\x9F\x98\x80\xEF\xBF\xBDz"},
-  };
-  for (const TEscapeCase& each : cases) {
-    std::string element;
-    AppendXmlText(each.Text, element);
-    EXPECT_EQ(element, each.Element);
-    std::string attribute;
-    AppendXmlAttribute(each.Text, attribute);
-    EXPECT_EQ(attribute, each.Attribute);
-    std::string escaped;
-    AppendXlsxText(each.Text, escaped);
-    EXPECT_EQ(escaped, each.Escaped);
-  }
-}
-
 TEST(XmlText, EscapedTextComesBackWhole) {
   std::mt19937 random(3);
   const std::u16string units = u"_x0D5Fab&<>\"\t\n\r\u0002\uFFFF\u00E4";

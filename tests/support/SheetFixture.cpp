@@ -8,8 +8,6 @@
 
 namespace tessarine::testing {
 
-namespace {
-
 TCellValue ContentOf(std::string_view AContent) {
   const std::u16string text = Utf8ToUtf16(AContent);
   if (text == u"_") return {};
@@ -24,8 +22,6 @@ TCellValue ContentOf(std::string_view AContent) {
   if (TryParseFileNumber(text, number)) return TCellValue::FromNumber(number);
   return TCellValue::FromText(TText(text));
 }
-
-}  // namespace
 
 std::string NotationOf(const TCellValue& AValue) {
   if (AValue.Kind == cvkEmpty) return "_";
@@ -62,6 +58,16 @@ void TSheetFixture::Set(std::string_view AAddress, std::string_view AContent) {
   }
   const TPlace place = PlaceOf(AAddress);
   Sheet(place.Sheet).SetValue(place.Address, ContentOf(AContent));
+}
+
+void TSheetFixture::SetCells(std::string_view ACells) {
+  while (!ACells.empty()) {
+    const std::string_view cell = ACells.substr(0, ACells.find(' '));
+    const size_t sign = cell.find('=');
+    if (sign == std::string_view::npos) throw std::invalid_argument(std::string(cell));
+    Set(cell.substr(0, sign), cell.substr(sign + 1));
+    ACells.remove_prefix(std::min(cell.size() + 1, ACells.size()));
+  }
 }
 
 template <class TShow>

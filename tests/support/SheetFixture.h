@@ -30,6 +30,9 @@ class TSheetFixture {
     for (const auto& [address, content] : ACells) Set(address, content);
   }
 
+  /// The same from one text, "A1=1 A2='x B2==A1": contents have no blanks.
+  void SetCells(std::string_view ACells);
+
   /// What a formula would read in the cell; cells separated by blanks are shown so.
   std::string Show(std::string_view AAddresses) const;
 
@@ -56,7 +59,8 @@ class TSheetFixture {
   std::string ShowEach(std::string_view AAddresses, TShow AShow) const;
 };
 
-/// One value, and a whole argument, in the notation above.
+/// A cell's content read, one value, and a whole argument, in the notation above.
+TCellValue ContentOf(std::string_view AContent);
 std::string NotationOf(const TCellValue& AValue);
 std::string NotationOf(const TFormulaArg& AArg);
 
