@@ -80,5 +80,9 @@ else()
         -Wno-maybe-uninitialized -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread -Wno-restrict
         -Wno-nonnull -Wno-null-dereference -Wno-tsan)
     endif()
+    if(TESSARINE_UNITY)
+      # Private types of a source that is included look like those of a header.
+      target_compile_options(tessarine_build_options INTERFACE -Wno-subobject-linkage)
+    endif()
   endif()
 endif()
