@@ -125,7 +125,7 @@ TFormulaArg Answer(const TQuestion& AQuestion, const std::optional<TCellAddress>
   }
   if (hasFormulas) evaluator.RecalculateAll(AControl);
   const TCellAddress at = AQuestion.At ? *AQuestion.At : AAt.value_or(FreeCell(AQuestion));
-  return evaluator.EvaluateAt(FormulaOf(AQuestion.Formula), 0, at.Col, at.Row);
+  return evaluator.EvaluateAt(FormulaOf(AQuestion.Formula), 0, at.Col, at.Row, AControl);
 }
 
 void PutAnswer(const TFormulaArg& AResult, std::string& AOut) {
@@ -205,7 +205,8 @@ int RunEval(const TArguments& AArguments, TSession& ASession) {
   const int32_t sheet = ASession.SheetIndex(arguments);
   const TCellAddress place = at.value_or(TCellAddress{1, 1});
   for (const std::string& formula : formulas)
-    PutResult(ASession.Evaluator().EvaluateAt(FormulaOf(formula), sheet, place.Col, place.Row), ASession);
+    PutResult(ASession.Evaluator().EvaluateAt(FormulaOf(formula), sheet, place.Col, place.Row, ASession.Control()),
+              ASession);
   return ecDone;
 }
 
