@@ -16,7 +16,7 @@ std::vector<std::byte> Saved(TWorkbook& ABook, bool AIsLiteral) {
   options.Time = 45000;
   options.Literal = AIsLiteral;
   TXlsxWriter::SaveToStream(ABook, stream, options);
-  return stream.TakeBytes();
+  return stream.ToVector();
 }
 
 }  // namespace

@@ -63,21 +63,21 @@ void MeasureXlsxLoad(TRun& ARun) {
                      sheet.Store().CellCount() == static_cast<size_t>(rows) * 10;
   ARun.Results.push_back({"load", int64_t{rows} * 10, load, {}, peak, check});
 
-  std::vector<std::byte> bytes;
+  TMemoryWriteStream saved;
   const double save = MedianMilliseconds([&] {
     TMemoryWriteStream target;
     TXlsxWriter::SaveToStream(*book, target);
-    bytes = target.TakeBytes();
+    saved = std::move(target);
   });
   const double savePeak = PeakMegabytes();
   TWorkbook back;
-  TMemoryReadStream source(bytes);
+  TMemoryReadStream source(saved.Bytes());
   TXlsxReader::LoadFromStream(back, source);
   const TWorksheet& again = *back.GetSheet(0);
-  const bool saved =
+  const bool isSame =
       again.Store().CellCount() == sheet.Store().CellCount() && again.GetEffectiveValue({10, rows}).Number == last.J &&
       again.GetEffectiveValue({6, rows}).Text.ToUtf8() == last.F && again.GetCell({9, 5}).Value.Formula() == u"=B5*C5";
-  ARun.Results.push_back({"save", int64_t{rows} * 10, save, {}, savePeak, saved});
+  ARun.Results.push_back({"save", int64_t{rows} * 10, save, {}, savePeak, isSame});
 }
 
 void PrepareCsv(TRun& ARun) { WriteCsvFile(CsvFile(ARun), ARun.Rows(kCsvRows)); }

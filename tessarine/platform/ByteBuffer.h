@@ -4,11 +4,13 @@
 #include <span>
 #include <string_view>
 
+#include <tessarine/Export.h>
+
 namespace tessarine {
 
-/// A block of bytes of fixed size that is handed over uninitialised, for results that are written once and whole (an
-/// inflated part of an archive). Large blocks are aligned for huge pages where the system offers them.
-class TByteBuffer {
+/// A block of bytes of fixed size that is handed over uninitialised (for an inflated part of an archive, for a stream
+/// in memory). Large blocks are aligned for huge pages where the system offers them.
+class TESSARINE_API TByteBuffer {
  public:
   TByteBuffer() = default;
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <system_error>
 #include <utility>
 
@@ -101,8 +102,25 @@ size_t TMemoryReadStream::Read(std::span<std::byte> ABuffer) {
   return count;
 }
 
+TMemoryWriteStream::TMemoryWriteStream(TMemoryWriteStream&& AOther) noexcept
+    : FBuffer(std::move(AOther.FBuffer)), FUsed(std::exchange(AOther.FUsed, 0)) {}
+
+TMemoryWriteStream& TMemoryWriteStream::operator=(TMemoryWriteStream&& AOther) noexcept {
+  std::swap(FBuffer, AOther.FBuffer);
+  std::swap(FUsed, AOther.FUsed);
+  return *this;
+}
+
 void TMemoryWriteStream::Write(std::span<const std::byte> ABytes) {
-  FBytes.insert(FBytes.end(), ABytes.begin(), ABytes.end());
+  if (ABytes.empty()) return;
+  if (ABytes.size() > FBuffer.Size() - FUsed) {
+    constexpr size_t kLeastBytes = 4096;
+    TByteBuffer larger(std::max({FUsed + ABytes.size(), 2 * FBuffer.Size(), kLeastBytes}));
+    if (FUsed != 0) std::memcpy(larger.Data(), FBuffer.Data(), FUsed);
+    FBuffer = std::move(larger);
+  }
+  std::memcpy(FBuffer.Data() + FUsed, ABytes.data(), ABytes.size());
+  FUsed += ABytes.size();
 }
 
 std::unique_ptr<IReadStream> OpenFileForReading(const std::string& AFileName) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <tessarine/Export.h>
+#include <tessarine/platform/ByteBuffer.h>
 
 namespace tessarine {
 
@@ -49,15 +50,22 @@ class TESSARINE_API TMemoryReadStream final : public IReadStream {
   uint64_t FSize;
 };
 
-/// Collects bytes in memory.
+/// Collects bytes in memory, one piece of it.
 class TESSARINE_API TMemoryWriteStream final : public IWriteStream {
  public:
+  TMemoryWriteStream() = default;
+  TMemoryWriteStream(TMemoryWriteStream&& AOther) noexcept;
+  TMemoryWriteStream& operator=(TMemoryWriteStream&& AOther) noexcept;
+
   void Write(std::span<const std::byte> ABytes) override;
-  const std::vector<std::byte>& Bytes() const { return FBytes; }
-  std::vector<std::byte> TakeBytes() { return std::move(FBytes); }
+  /// Valid until the next Write.
+  std::span<const std::byte> Bytes() const { return FBuffer.Bytes().first(FUsed); }
+  /// A copy of them.
+  std::vector<std::byte> ToVector() const { return {Bytes().begin(), Bytes().end()}; }
 
  private:
-  std::vector<std::byte> FBytes;
+  TByteBuffer FBuffer;
+  size_t FUsed = 0;
 };
 
 /// Opens a file for reading, with sharing open to everyone. File names are UTF-8. Throws EFileAccess.

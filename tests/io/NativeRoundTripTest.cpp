@@ -263,7 +263,7 @@ TEST(NativeRoundTrip, FastPathsDoWhatThePlainOnesDo) {
       isPlain ? writer.WritePlain() : writer.Write(0, 1);
       output.Json().EndObject();
       output.Flush();
-      const auto bytes = sinks[isPlain].TakeBytes();
+      const auto bytes = sinks[isPlain].ToVector();
       texts[isPlain].assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     }
     ASSERT_EQ(texts[0], texts[1]);

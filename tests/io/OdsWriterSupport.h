@@ -15,7 +15,7 @@ namespace tessarine::test {
 inline std::vector<std::byte> OdsBytes(TWorkbook& ABook, const TOdsWriteOptions& AOptions = {}) {
   TMemoryWriteStream stream;
   TOdsWriter::SaveToStream(ABook, stream, AOptions);
-  return stream.TakeBytes();
+  return stream.ToVector();
 }
 
 /// One part of the package that a workbook is saved as; "(missing)" without it.

@@ -33,7 +33,7 @@ namespace {
 std::vector<std::byte> SavedBytes(TWorkbook& ABook) {
   TMemoryWriteStream stream;
   TXlsxWriter::SaveToStream(ABook, stream, {.Time = 45000});
-  return stream.TakeBytes();
+  return stream.ToVector();
 }
 
 void LoadBytes(TWorkbook& ABook, const std::vector<std::byte>& ABytes) {

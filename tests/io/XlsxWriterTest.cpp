@@ -49,7 +49,7 @@ TXlsxWriteOptions Fixed(bool AIsLiteral = false) { return {.Time = 45000.5, .Lit
 std::vector<std::byte> Saved(TWorkbook& ABook, const TXlsxWriteOptions& AOptions = Fixed()) {
   TMemoryWriteStream stream;
   TXlsxWriter::SaveToStream(ABook, stream, AOptions);
-  return stream.TakeBytes();
+  return stream.ToVector();
 }
 
 void Reload(TWorkbook& ABook, const std::vector<std::byte>& ABytes) {

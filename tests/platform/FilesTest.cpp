@@ -252,7 +252,7 @@ TEST(Files, MemoryStreamsGiveBackWhatWasWritten) {
   out.Write(BytesOf("abc"));
   out.Write({});
   out.Write(BytesOf("de"));
-  const std::vector<std::byte> bytes = out.TakeBytes();
+  const std::vector<std::byte> bytes = out.ToVector();
   TMemoryReadStream in(bytes);
   std::byte buffer[2];
   EXPECT_EQ(in.Read(buffer), 2u);

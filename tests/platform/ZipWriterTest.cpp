@@ -39,7 +39,7 @@ TEST(ZipWriter, ReadsBackWhatWasAdded) {
   zip.Finish();
   EXPECT_LT(stream.Bytes().size(), 400'000u);
 
-  const TZipReader reader(stream.TakeBytes());
+  const TZipReader reader(stream.ToVector());
   ASSERT_EQ(reader.EntryCount(), 5u);
   EXPECT_EQ(reader.Name(0), "mimetype");
   EXPECT_EQ(TextOf(reader.Read(0)), "application/x");
@@ -54,7 +54,7 @@ std::vector<std::byte> Archive(const TZipWriteOptions& AOptions) {
   TZipWriter zip(stream, AOptions);
   zip.Add("a.xml", std::string(100'000, 'x'));
   zip.Finish();
-  return stream.TakeBytes();
+  return stream.ToVector();
 }
 
 TEST(ZipWriter, TheSameContentGivesTheSameBytesUnlessTimed) {
@@ -74,7 +74,7 @@ TEST(ZipWriter, ManyEntriesNeedTheLargeDirectory) {
   constexpr int kCount = 65'600;
   for (int i = 0; i < kCount; ++i) zip.Add("e" + std::to_string(i), std::to_string(i));
   zip.Finish();
-  const TZipReader reader(stream.TakeBytes(), {.MaxEntries = 100'000});
+  const TZipReader reader(stream.ToVector(), {.MaxEntries = 100'000});
   ASSERT_EQ(reader.EntryCount(), size_t{kCount});
   EXPECT_EQ(TextOf(*reader.Read("e65599")), "65599");
 }
