@@ -1,4 +1,4 @@
-// Parts of the model: number formats, the cell store, templates of formulas.
+// Parts of the model: number formats, the cell store, templates of formulas, sizes of rows.
 
 #include <benchmark/benchmark.h>
 
@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <tessarine/core/format/NumberFormat.h>
+#include <tessarine/core/lists/RowColSizing.h>
 #include <tessarine/core/reference/ReferenceRewrite.h>
 #include <tessarine/core/reference/detail/FormulaTemplate.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
@@ -108,6 +109,39 @@ void RewriteFormulas(benchmark::State& AState) {
   AState.SetItemsProcessed(AState.iterations());
 }
 BENCHMARK(RewriteFormulas);
+
+/// A sheet of 100,000 heights of its own, 100,000 automatic ones and 50,000 hidden rows, in pixels at 96 dpi.
+TRowColSizing MixedHeights() {
+  TRowColSizing sizing;
+  for (int32_t row = 1; row <= 100'000; ++row) sizing.SetRowHeightPt(row * 3, 10 + row % 30);
+  for (int32_t row = 1; row <= 100'000; ++row) sizing.SetAutoRowHeightPt(row * 3 + 1, 10 + row % 20);
+  for (int32_t row = 1; row <= 50'000; ++row) sizing.SetRowHidden(row * 7, true);
+  return sizing;
+}
+
+void FindRows(benchmark::State& AState) {
+  const TRowColSizing sizing = MixedHeights();
+  constexpr int32_t kLast = 300'000;
+  const int64_t height = sizing.GetCumulativeRowHeightBefore(kLast, 96);
+  if (height != sizing.GetCumulativeRowHeightBeforePlain(kLast, 96))
+    return AState.SkipWithError("not the plain height");
+  int64_t offset = 0;
+  for (auto _ : AState) {
+    benchmark::DoNotOptimize(sizing.FindRowAtOffset(offset, 96));
+    offset = (offset + 999'983) % height;
+  }
+}
+BENCHMARK(FindRows);
+
+void SumHeights(benchmark::State& AState) {
+  const TRowColSizing sizing = MixedHeights();
+  int32_t row = 0;
+  for (auto _ : AState) {
+    benchmark::DoNotOptimize(sizing.GetCumulativeRowHeightBefore(row + 1, 96));
+    row = (row + 99'991) % 300'000;
+  }
+}
+BENCHMARK(SumHeights);
 
 }  // namespace
 }  // namespace tessarine::bench
