@@ -20,7 +20,8 @@ class TRowMarks {
  public:
   /// All rows from AFirst to ALast (rows of the sheet) marked.
   TRowMarks(int32_t AFirst, int32_t ALast) : FFirst(AFirst), FLast(ALast), FBase((AFirst - 1) / 64) {
-    FWords.assign(static_cast<size_t>((ALast - 1) / 64 - FBase + 1), ~uint64_t{0});
+    const int32_t words = (ALast - 1) / 64 - FBase + 1;
+    FWords.assign(static_cast<size_t>(words), ~uint64_t{0});
     FWords.front() &= ~uint64_t{0} << ((AFirst - 1) % 64);
     FWords.back() &= ~uint64_t{0} >> (63 - (ALast - 1) % 64);
   }

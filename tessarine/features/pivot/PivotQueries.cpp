@@ -105,7 +105,7 @@ bool TPivotEngine::IsFilterHeaderCell(const TWorksheet& ASheet, int32_t ACol, in
 
 TCellValue TPivotEngine::GetPivotData(TWorkbook& AWorkbook, TWorksheet& ASheet, std::u16string_view AValueName,
                                       TCellAddress AAddress, std::span<const TPivotItemPair> APairs) {
-  const TCellValue unknown = TCellValue::FromError(ceRef);
+  TCellValue unknown = TCellValue::FromError(ceRef);
   const TPivotTable* table = TableAt(ASheet, AAddress);
   TPivotCache* cache = table ? AWorkbook.PivotCaches().FindById(table->CacheId) : nullptr;
   if (!cache) return unknown;
