@@ -4,6 +4,10 @@
 #include <string>
 #include <vector>
 
+#include <tessarine/core/sheet/Workbook.h>
+#include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/core/sheet/detail/CellStore.h>
+#include <tessarine/io/csv/detail/CsvCellQueue.h>
 #include <tessarine/io/csv/detail/CsvFieldReader.h>
 #include <tessarine/io/csv/detail/CsvScan.h>
 #include <tessarine/io/csv/detail/CsvValues.h>
@@ -135,6 +139,42 @@ TEST(CsvFastPaths, TheTextCacheGivesTheTextsThatWereAsked) {
     }
   }
   for (size_t i = 0; i < kept.size(); ++i) ASSERT_EQ(kept[i].View(), Utf8ToUtf16(asked[i])) << asked[i];
+}
+
+TEST(CsvFastPaths, TheQueueStoresWhatThePlainWayDoes) {
+  std::mt19937 random(6);
+  for (const bool onTwoThreads : {false, true}) {
+    TWorkbook book;
+    TCellStore& fast = book.GetSheet(0)->Store();
+    TCellStore& plain = book.AddSheet(u"Plain").Store();
+    TCsvTextCache fastCache(10'000);
+    TCsvTextCache plainCache(10'000);
+    TCsvCellQueue queue(fastCache, fast, onTwoThreads);
+    for (int32_t cell = 0; cell < 60'000; ++cell) {
+      const int32_t col = cell % 5 + 1;
+      const int32_t row = cell / 5 + 1;
+      if (random() % 3 == 0) {
+        queue.AddNumber(col, row, cell);
+        plain.SetNumber(col, row, cell, 0);
+      } else {
+        const std::string text = RandomText(random, "abc\xC3\xA9",
+                                            cell % 20'000 == 7 ? 200'000
+                                            : random() % 2     ? 3
+                                                               : 40);
+        queue.AddText(col, row, text);
+        plain.SetText(col, row, plainCache.TextOf(text, static_cast<size_t>(col - 1)), 0);
+      }
+      ASSERT_EQ(queue.Count(), static_cast<size_t>(cell) + 1);
+      if (random() % 9000 != 0) continue;
+      queue.Settle();
+      ASSERT_EQ(fast.CellCount(), queue.Count());
+    }
+    queue.Settle();
+    ASSERT_EQ(fast.CellCount(), plain.CellCount());
+    plain.ForEachByColumn([&](int32_t ACol, int32_t ARow, const TCellSlot&) {
+      ASSERT_EQ(fast.Get(ACol, ARow).Value, plain.Get(ACol, ARow).Value) << ACol << ' ' << ARow;
+    });
+  }
 }
 
 TEST(CsvFastPaths, WriteFieldsAsTheyAreDefined) {

@@ -10,9 +10,9 @@
 #include <tessarine/core/sheet/Worksheet.h>
 #include <tessarine/core/sheet/detail/CellStore.h>
 #include <tessarine/io/csv/Csv.h>
+#include <tessarine/io/csv/detail/CsvCellQueue.h>
 #include <tessarine/io/csv/detail/CsvFieldReader.h>
 #include <tessarine/io/csv/detail/CsvSource.h>
-#include <tessarine/io/csv/detail/CsvTextQueue.h>
 #include <tessarine/io/csv/detail/CsvValues.h>
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Files.h>
@@ -51,23 +51,21 @@ class TSheetFiller {
 
   void PutNumber(int32_t ACol, int32_t ARow, double ANumber) {
     if (!FIsBulk) return FSheet.SetValue({ACol, ARow}, TCellValue::FromNumber(ANumber));
-    FStore.SetNumber(ACol, ARow, ANumber, 0);
+    FQueue.AddNumber(ACol, ARow, ANumber);
     Note(ACol, ARow);
   }
-  void PutText(int32_t ACol, int32_t ARow, TText AText) {
-    if (!FIsBulk) return FSheet.SetValue({ACol, ARow}, TCellValue::FromText(std::move(AText)));
-    FStore.SetText(ACol, ARow, std::move(AText), 0);
+  void PutText(int32_t ACol, int32_t ARow, std::string_view AText) {
+    if (!FIsBulk) {
+      TText text = FTexts.TextOf(AText, static_cast<size_t>(ACol - 1));
+      return FSheet.SetValue({ACol, ARow}, TCellValue::FromText(std::move(text)));
+    }
+    FQueue.AddText(ACol, ARow, AText);
     Note(ACol, ARow);
   }
-  void PutField(int32_t ACol, int32_t ARow, std::string_view AText) {
-    if (!FIsBulk || !FQueue.TryAdd(ACol, ARow, AText))
-      return PutText(ACol, ARow, FTexts.TextOf(AText, static_cast<size_t>(ACol - 1)));
-    Note(ACol, ARow);
-  }
-  bool IsFull() const { return FStore.CellCount() + FQueue.Count() >= FMaxCells; }
+  bool IsFull() const { return (FIsBulk ? FQueue.Count() : FStore.CellCount()) >= FMaxCells; }
 
-  /// To be called behind the last cell: fields that wait get into their cells.
-  void Finish() { FQueue.Flush(); }
+  /// Brings all cells so far into the sheet.
+  void Settle() { FQueue.Settle(); }
 
  private:
   void Note(int32_t ACol, int32_t ARow) {
@@ -80,7 +78,7 @@ class TSheetFiller {
   detail::TCellStore& FStore;
   uint64_t FMaxCells;
   detail::TCsvTextCache FTexts;
-  detail::TCsvTextQueue FQueue;
+  detail::TCsvCellQueue FQueue;
   bool FIsBulk = false;
   int32_t FMaxCol = 1;
   int32_t FMaxRow = 1;
@@ -113,16 +111,21 @@ class TFieldImport {
         FSource(ASource),
         FReader(AReader),
         FRules(ARules),
-        FNumbers(ARules.Settings) {}
+        FNumbers(ARules.Settings) {
+    ASource.SetBeforeReport([this] { FFiller.Settle(); });
+  }
+  TFieldImport(const TFieldImport&) = delete;
+  TFieldImport& operator=(const TFieldImport&) = delete;
+  ~TFieldImport() { FSource.SetBeforeReport({}); }
 
   void Run() {
     try {
       ReadRows();
     } catch (...) {
-      FFiller.Finish();  // what stands before the error has been read
+      FFiller.Settle();  // what stands before the error has been read
       throw;
     }
-    FFiller.Finish();
+    FFiller.Settle();
   }
 
  private:
@@ -156,11 +159,11 @@ class TFieldImport {
   void Put(int32_t ACol, const detail::TCsvField& AField) {
     double number = 0;
     if (AField.Text.empty()) {
-      if (FRules.KeepEmptyFields) FFiller.PutText(ACol, FRow, TText());
+      if (FRules.KeepEmptyFields) FFiller.PutText(ACol, FRow, {});
     } else if (!FRules.AllText && !(FRules.QuotedIsText && AField.IsQuoted) && FNumbers.Read(AField.Text, number)) {
       FFiller.PutNumber(ACol, FRow, number);
     } else {
-      FFiller.PutField(ACol, FRow, AField.Text);
+      FFiller.PutText(ACol, FRow, AField.Text);
     }
   }
 

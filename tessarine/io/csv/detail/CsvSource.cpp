@@ -130,7 +130,10 @@ void TCsvSource::AppendUtf16() {
 
 void TCsvSource::Advance(size_t ACount) {
   FControl.CheckStop();
-  if (FBytesTold > 0) FControl.Report(ppLoading, static_cast<double>(FBytesRead) / static_cast<double>(FBytesTold));
+  if (FBytesTold > 0 && FControl.Progress) {
+    if (FBeforeReport) FBeforeReport();
+    FControl.Report(ppLoading, static_cast<double>(FBytesRead) / static_cast<double>(FBytesTold));
+  }
   FSize -= ACount;
   std::memmove(FData.get(), FData.get() + ACount, FSize);
   // What stays is read again by the caller, so it must at least double: then the work stays linear.

@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <tessarine/platform/Progress.h>
 
@@ -37,6 +39,9 @@ class TCsvSource {
   /// Throws ELimit, ECancelled, EFileAccess.
   void Advance(size_t ACount);
 
+  /// Is called before each report of progress, so that whoever looks then finds in place what was read.
+  void SetBeforeReport(std::function<void()> ACall) { FBeforeReport = std::move(ACall); }
+
   /// "NAME, " for messages, empty without a name.
   const std::string& Prefix() const { return FPrefix; }
 
@@ -55,6 +60,7 @@ class TCsvSource {
   uint64_t FBytesTold = 0;  // the stream's size, 0 when it is not known
   std::string FPrefix;
   const TWorkControl& FControl;
+  std::function<void()> FBeforeReport;
   TEncoding FEncoding = TEncoding::enUtf8;
   std::unique_ptr<char[]> FData;
   size_t FSize = 0;
