@@ -51,18 +51,30 @@ void AppendEscape(char16_t AUnit, std::string& AOut) {
 
 bool IsNonCharacter(char16_t AUnit) { return AUnit >= 0xFFFE; }
 
-bool BeginsEscape(std::u16string_view AText) {
-  constexpr size_t kEscapeUnits = 7;  // _xHHHH_
-  if (AText.size() < kEscapeUnits) return false;
-  std::u16string buffer;
-  return UnescapeXlsxText(AText.substr(0, kEscapeUnits), buffer).size() == 1;
-}
-
 /// The forms differ in what becomes of tabs and line ends, of underscores and of what XML cannot carry.
 enum class TForm : uint8_t { Element, Attribute, EscapedElement, EscapedAttribute };
 
 constexpr bool IsAttribute(TForm AForm) { return AForm == TForm::Attribute || AForm == TForm::EscapedAttribute; }
 constexpr bool IsEscaped(TForm AForm) { return AForm == TForm::EscapedElement || AForm == TForm::EscapedAttribute; }
+
+/// Whether the form of a unit in the file begins with "_".
+template <TForm Form>
+bool BecomesUnderscore(char16_t AUnit) {
+  if (AUnit >= kClasses.size()) return IsNonCharacter(AUnit);
+  const TClass kind = kClasses[AUnit];
+  return kind == clUnderscore || kind == clIllegal || (kind == clLineEnd && Form == TForm::EscapedElement);
+}
+
+/// Whether what begins with an underscore would be read as an escape, as it stands or with that of its last unit.
+template <TForm Form>
+bool BeginsEscape(std::u16string_view AText) {
+  constexpr size_t kLast = 6;  // of _xHHHH_
+  if (AText.size() <= kLast || !BecomesUnderscore<Form>(AText[kLast])) return false;
+  std::u16string piece(AText.substr(0, kLast));
+  piece += u'_';
+  std::u16string buffer;
+  return UnescapeXlsxText(piece, buffer).size() == 1;
+}
 
 template <TForm Form>
 void AppendOne(std::u16string_view AText, size_t AAt, TClass AClass, std::string& AOut) {
@@ -83,7 +95,7 @@ void AppendOne(std::u16string_view AText, size_t AAt, TClass AClass, std::string
       if constexpr (IsEscaped(Form)) AppendEscape(unit, AOut);
       break;
     case clUnderscore:
-      if (IsEscaped(Form) && BeginsEscape(AText.substr(AAt)))
+      if (IsEscaped(Form) && BeginsEscape<Form>(AText.substr(AAt)))
         AppendEscape(unit, AOut);
       else
         AOut += plain;

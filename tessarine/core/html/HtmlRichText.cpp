@@ -121,7 +121,11 @@ class TRunBuilder {
   std::u16string FText;  // of the last run
 };
 
+/// Whether a tag only speaks to browsers, as "<!DOCTYPE>", "<![if x]>" and "<?xml?>" do, which nothing closes.
+bool IsDeclaration(const THtmlScanner& ATag) { return ATag.Name().starts_with(u'!') || ATag.Name().starts_with(u'?'); }
+
 void AddTag(const THtmlScanner& ATag, TRunBuilder& ABuilder) {
+  if (IsDeclaration(ATag)) return;
   if (ATag.NameIsAnyOf(kVoidTags)) {
     if (ATag.NameIs(u"br")) ABuilder.Append(u"\n");
     return;
