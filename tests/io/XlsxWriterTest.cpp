@@ -256,6 +256,7 @@ TEST(XlsxWriting, CellsByKind) {
   SetFormula(sheet, {8, 1}, u"1/0", TCellValue::FromError(ceDiv0));
   SetFormula(sheet, {9, 1}, u"\"<\"&A1&\" \"", TCellValue::FromText(u"<-0.1 "));
   SetFormula(sheet, {10, 1}, u"A1>0", TCellValue::FromBoolean(false));
+  SetFormula(sheet, {11, 1}, u"", TCellValue::FromNumber(5));
   SetFormula(sheet, {16384, 1}, u"A1*2", TCellValue::FromNumber(-0.2));
   const auto bytes = Saved(book);
   EXPECT_EQ(Element(Part(bytes, kSheet1), "sheetData"),
@@ -264,7 +265,7 @@ TEST(XlsxWriting, CellsByKind) {
             "r=\"G1\" s=\"2\"/><c r=\"H1\"><f>1/0</f></c><c r=\"I1\" t=\"str\"><f>&quot;&lt;&quot;&amp;A1&amp;&quot; "
             "&quot;</f><v "
             "xml:space=\"preserve\">&lt;-0.1 </v></c><c r=\"J1\" t=\"b\"><f>A1&gt;0</f><v>0</v></c><c "
-            "r=\"XFD1\"><f>A1*2</f><v>-0.2</v></c></row>"
+            "r=\"K1\"><v>5</v></c><c r=\"XFD1\"><f>A1*2</f><v>-0.2</v></c></row>"
             "</sheetData>");
   EXPECT_NE(Part(bytes, "xl/styles.xml").find("<cellXfs count=\"3\">"), std::string::npos);
   EXPECT_NE(SavedPart(book, kSheet1, Fixed(true)).find("<c r=\"F1\" s=\"99\""), std::string::npos);
@@ -708,6 +709,15 @@ TEST(XlsxWriting, TablesGetLegalNames) {
   EXPECT_EQ(report.CountOf(ffRewritten), 3u);
   EXPECT_EQ(report.CountOf(ffDropped), 1u);
   EXPECT_NE(SavedPart(book, "xl/tables/table2.xml", Fixed(true)).find("name=\"taken\""), std::string::npos);
+
+  // Headers that changed without the table.
+  First(book).SetValue({1, 1}, TCellValue::FromText(u"new"));
+  First(book).SetValue({2, 1}, TCellValue::FromNumber(7));
+  const std::string renamed = "<tableColumn id=\"1\" name=\"new\"/><tableColumn id=\"2\" name=\"7\"/>";
+  EXPECT_NE(SavedPart(book, "xl/tables/table1.xml").find(renamed), std::string::npos);
+  EXPECT_EQ(first.ColumnNames()[0], u"a");
+  First(book).Tables().Add(u"q1", {9, 1, 9, 3});
+  EXPECT_NE(SavedPart(book, "xl/tables/table3.xml").find("name=\"_q1\" displayName=\"_q1\""), std::string::npos);
 }
 
 TEST(XlsxWriting, ReportTellsWhatIsLost) {

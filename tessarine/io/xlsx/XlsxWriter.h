@@ -22,7 +22,8 @@ struct TXlsxWriteOptions {
   /// wildcards, one that keeps blanks with a mark for them, literal lists of validations between quotes, illegal style
   /// indexes, rotations and indents brought into range, names of tables and of their columns made legal and unique,
   /// merged areas of one cell or that overlap others left out, the names which LET and LAMBDA bind with their prefix,
-  /// and the prefixes of newer functions in small letters. Set, all of this is written as it is.
+  /// the prefixes of newer functions in small letters, and formulas without a text as their results. Set, all of this
+  /// is written as it is.
   bool Literal = false;
   TWorkControl Control = {};      ///< polled every few thousand cells; progress is reported in phase ppSaving
   TFileReport* Report = nullptr;  ///< is told what the file does not hold, or holds in another form; may be null

@@ -222,6 +222,8 @@ void TXlsxFormulaWriter::Append(const TFormulaTemplate& ATemplate, int32_t ACol,
   ATemplate.AppendTextAt(ACol, ARow, FText);
   const TShape& shape = ShapeOf(ATemplate, ACol);
   std::u16string_view text = WithoutEquals(FText);
+  // An empty element is damage to other programs, and no formula to the reader.
+  if (text.empty() && !FIsLiteral) return;
   if (ABlock || shape.IsArrayOfOne) {
     const TCellRange own{ACol, ARow, ACol, ARow};
     AOut += "<f t=\"array\"";

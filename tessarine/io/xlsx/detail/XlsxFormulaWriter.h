@@ -28,7 +28,7 @@ class TXlsxFormulaWriter {
   explicit TXlsxFormulaWriter(bool AIsLiteral) : FIsLiteral(AIsLiteral) {}
 
   /// Appends the element of a formula in the cell (ACol, ARow). ABlock is what the formula lays over the sheet, null
-  /// when it does not; it stays inside the sheet.
+  /// when it does not; it stays inside the sheet. A formula without a text has no element, unless it is literal.
   void Append(const TFormulaTemplate& ATemplate, int32_t ACol, int32_t ARow, const TCellRange* ABlock,
               std::string& AOut);
 

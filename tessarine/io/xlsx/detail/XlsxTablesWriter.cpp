@@ -2,9 +2,12 @@
 
 #include <algorithm>
 
+#include <tessarine/core/html/HtmlRichText.h>
 #include <tessarine/core/lists/SheetTables.h>
+#include <tessarine/core/reference/FormulaTokenizer.h>
 #include <tessarine/core/sheet/Workbook.h>
 #include <tessarine/core/sheet/Worksheet.h>
+#include <tessarine/core/values/Address.h>
 #include <tessarine/io/xlsx/detail/XlsxMarkupWriter.h>
 #include <tessarine/platform/Numbers.h>
 #include <tessarine/platform/Unicode.h>
@@ -15,7 +18,7 @@ namespace {
 
 constexpr std::u16string_view kDefaultStyle = u"TableStyleMedium2";
 
-/// AName with "_" for what names of tables do not have.
+/// AName with "_" for what names of tables do not have, and before what would be a cell's.
 std::u16string LegalName(std::u16string_view AName) {
   std::u16string name(AName.empty() ? std::u16string_view(u"Table") : AName);
   for (char16_t& unit : name) {
@@ -23,19 +26,32 @@ std::u16string LegalName(std::u16string_view AName) {
         IsAsciiLetter(unit) || IsAsciiDigit(unit) || unit == u'_' || unit == u'.' || unit == u'\\' || unit >= 0x80;
     if (!isInner) unit = u'_';
   }
-  if (IsAsciiDigit(name.front()) || name.front() == u'.') name.insert(name.begin(), u'_');
+  const bool isCell = (LooksLikeCellRef(name) && TCellAddress::FromA1(name).IsValid()) ||
+                      EqualAsciiNoCase(name, u"R") || EqualAsciiNoCase(name, u"C");
+  if (isCell || IsAsciiDigit(name.front()) || name.front() == u'.') name.insert(name.begin(), u'_');
   return name;
 }
 
-void AppendColumns(const TSheetTable& ATable, bool AIsLiteral, std::string& AOut) {
-  const int32_t count = ATable.ColumnCount();
+/// The text that the header over a column shows. The table may not have heard yet of the last change of the cell, and
+/// other programs take a column that is not called as its header for damage.
+std::u16string HeaderText(const TWorksheet& ASheet, const TSheetTable& ATable, int32_t ACol) {
+  if (!ATable.HasHeaderRow()) return {};
+  const TCell cell = ASheet.GetCellAt(ACol, ATable.HeaderRow());
+  if (!cell.RichText.empty()) return RichTextToPlain(cell.RichText);
+  return (cell.Value.Kind == cvkFormula ? cell.CachedValue : cell.Value).ToDisplayString().ToString();
+}
+
+/// ARange is the part of the table inside the sheet.
+void AppendColumns(const TWorksheet& ASheet, const TSheetTable& ATable, const TCellRange& ARange, bool AIsLiteral,
+                   std::string& AOut) {
+  const int32_t count = ARange.EndCol - ARange.StartCol + 1;
   TXlsxNameSet names;
   AOut += "<tableColumns";
   AppendXlsxInt("count", count, AOut);
   AOut += '>';
   for (int32_t number = 1; number <= count; ++number) {
-    std::u16string name;
-    if (const auto index = static_cast<size_t>(number - 1); index < ATable.ColumnNames().size())
+    std::u16string name = AIsLiteral ? std::u16string() : HeaderText(ASheet, ATable, ARange.StartCol + number - 1);
+    if (const auto index = static_cast<size_t>(number - 1); name.empty() && index < ATable.ColumnNames().size())
       name = ATable.ColumnNames()[index];
     if (name.empty()) name = u"Column" + GeneralNumberText(number);
     AOut += "<tableColumn";
@@ -82,7 +98,7 @@ std::vector<TXlsxTable> TXlsxTablePlan::Next(const TWorksheet& ASheet) {
   return tables;
 }
 
-std::string XlsxTablePart(const TXlsxTable& ATable, bool AIsLiteral) {
+std::string XlsxTablePart(const TWorksheet& ASheet, const TXlsxTable& ATable, bool AIsLiteral) {
   const TSheetTable& table = *ATable.Table;
   const TCellRange range = XlsxInsideSheet(table.Ref());
   std::string out(kXmlHead);
@@ -101,7 +117,7 @@ std::string XlsxTablePart(const TXlsxTable& ATable, bool AIsLiteral) {
     AppendXlsxRef("ref", filtered, out);
     out += "/>";
   }
-  AppendColumns(table, AIsLiteral, out);
+  AppendColumns(ASheet, table, range, AIsLiteral, out);
   out += "<tableStyleInfo";
   AppendXlsxTextAttr("name", table.StyleName().IsEmpty() ? kDefaultStyle : table.StyleName().View(), out);
   out += " showFirstColumn=\"0\" showLastColumn=\"0\"";

@@ -57,7 +57,8 @@ class TXlsxTablePlan {
   TXlsxNameSet FNames;
 };
 
-/// Builds the part of a table (ECMA-376-1 §18.5.1.2).
-std::string XlsxTablePart(const TXlsxTable& ATable, bool AIsLiteral);
+/// Builds the part of a table of ASheet (ECMA-376-1 §18.5.1.2). Unless it is literal, columns are called as the cells
+/// of the header row read.
+std::string XlsxTablePart(const TWorksheet& ASheet, const TXlsxTable& ATable, bool AIsLiteral);
 
 }  // namespace tessarine::detail

@@ -180,7 +180,7 @@ void TXlsxWorkbookWriter::WriteSheets(TZipWriter& AZip) {
     AZip.Add(SheetName(index + 1), SheetPart(index, done, all));
     for (const TXlsxBagParts::TPart& part : plan.Bag.Parts) AZip.Add(part.Name, part.Content);
     for (const TXlsxTable& table : plan.Tables)
-      AZip.Add(TableName(table.Number), XlsxTablePart(table, FOptions.Literal));
+      AZip.Add(TableName(table.Number), XlsxTablePart(*FWorkbook.GetSheet(index), table, FOptions.Literal));
     if (!plan.Relationships->IsEmpty()) AZip.Add(SheetRelationshipsName(index + 1), plan.Relationships->Part());
     plan = {};
     done += workOf(index);
