@@ -170,7 +170,8 @@ TEST(OdsValidations, AreBoundToTheRangesOfTheirCells) {
           "<table:help-message table:title='t' "
           "table:display='true'><text:p>one</text:p><text:p>two</text:p></table:help-message>"
           "<table:error-message table:message-type='warning'/></table:content-validation>"
-          "<table:content-validation table:name='unused'/></table:content-validations>")
+          "<table:content-validation table:name='unused'/><table:content-validation "
+          "table:name='v'/></table:content-validations>")
       .Table("<table:table-row>" + cell + cell +
              "</table:table-row><table:table-row table:number-rows-repeated='1048575'>"
              "<table:table-cell table:content-validation-name='v' table:number-columns-repeated='2'/>"

@@ -181,6 +181,9 @@ TEST(OdsStyles, BuildNumberFormatCodes) {
     EXPECT_EQ(styles.GetNumberFormat("N").ToUtf8(), code) << style;
     EXPECT_EQ(styles.GetNumberFormat("none"), u"General");
   }
+  std::string sections = "<number-style name='N'><text>long</text>";
+  for (int i = 0; i < 100; ++i) sections += "<map condition='value()&gt;1' apply-style-name='N'/>";
+  EXPECT_LT(Styles(sections + "</number-style>").GetNumberFormat("N").Length(), 100u) << "formats stay short";
 }
 
 }  // namespace

@@ -213,20 +213,35 @@ TEST(XlsxFormulas, TheShortWayOfSharingGivesThePlainTexts) {
 
 TEST(XlsxFormulas, TextsTakenFromAnotherCellAreBounded) {
   detail::TXlsxBudget budget;
-  budget.SharedFormulaUnits = 10;
   detail::TXlsxFormulas formulas(budget);
   detail::TXlsxFormulaElement child;
   child.IsShared = true;
-  child.SharedIndex = 0;
-  detail::TXlsxFormulaElement master = child;
-  master.Text = "A1+1";
-  EXPECT_EQ(formulas.Resolve(master, {2, 1}, "part"), u"=A1+1");
-  EXPECT_EQ(formulas.Resolve(child, {2, 2}, "part"), u"=A2+1");
-  EXPECT_EQ(formulas.Resolve(child, {2, 3}, "part"), u"=A3+1");
-  EXPECT_EQ(test::Thrown([&] {
-              formulas.Resolve(child, {2, 4}, "part");
-            }),
-            "limit: part, cell B4: the texts of shared formulas of the workbook exceed the limit of the reader");
+  // The row of the first cell below the formula's own that is refused it, 100 when none is.
+  const auto refusedRow = [&](const std::string& AText) {
+    budget.SharedFormulaUnits = 20'000;
+    ++child.SharedIndex;
+    detail::TXlsxFormulaElement master = child;
+    master.Text = AText;
+    formulas.Resolve(master, {2, 1}, "part");
+    int32_t row = 2;
+    std::string message = "nothing";
+    for (; row < 100 && message == "nothing"; ++row)
+      message = test::Thrown([&] { formulas.Resolve(child, {2, row}, "part"); });
+    if (message == "nothing") return row;
+    EXPECT_EQ(message, "limit: part, cell B" + std::to_string(row - 1) +
+                           ": the texts of shared formulas of the workbook exceed the limit of the reader");
+    return row - 1;
+  };
+  const auto sum = [](size_t ALength) {
+    std::string text = "1";
+    while (text.size() < ALength) text += "+A1";
+    return text;
+  };
+  EXPECT_EQ(refusedRow("A1+1"), 100);
+  EXPECT_EQ(refusedRow(sum(90)), 100) << "texts of common length are free";
+  EXPECT_GT(refusedRow(sum(300)), 60);
+  EXPECT_LT(refusedRow(sum(300) + "+#REF!"), 40) << "without a template";
+  EXPECT_EQ(refusedRow(sum(21'000)), 2);
 }
 
 TEST(XlsxFormulas, AreCleanedUp) {

@@ -174,6 +174,18 @@ TEST(XlsxPackage, RaisesTheFirstErrorOfTheWalk) {
   }
 }
 
+TEST(XlsxPackage, OnePartIsNotReadForManySheets) {
+  TXlsxBuilder xlsx;
+  std::string sheets;
+  for (int i = 0; i < 20; ++i) sheets += "<sheet r:id='a'/>";
+  xlsx.Part("xl/workbook.xml", "<workbook><sheets>" + sheets + "</sheets></workbook>");
+  xlsx.Part("xl/_rels/workbook.xml.rels", "<Relationships><Relationship Id='a' Target='s.xml'/></Relationships>");
+  xlsx.Part("xl/s.xml", "<worksheet>" + kCell + "<!--" + std::string(4'000'000, '.') + "--></worksheet>");
+  TWorkbook book;
+  EXPECT_EQ(Thrown([&] { xlsx.Load(book); }),
+            "limit: xl/s.xml: the repeated readings of parts of the workbook exceed the limit of the reader");
+}
+
 TEST(XlsxPackage, ADamagedSheetIsThereAndEmpty) {
   const char* const everything =
       "<sheetViews><sheetView showGridLines='0' tabSelected='1'><pane state='frozen' xSplit='1' "

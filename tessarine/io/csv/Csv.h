@@ -61,14 +61,13 @@ class TESSARINE_API TCsvIO {
   /// Replaces the cells of a sheet (0-based; for an index that does not exist a sheet "Sheet1" is added at the end) by
   /// the lines of AStream, each divided as by ParseCsvLine. Fields that read as numbers under the host's settings are
   /// numbers; all others are texts, empty ones too. UTF-8, or UTF-16 with a byte-order mark. The workbook then counts
-  /// as modified. The used bounds of the sheet do not shrink. What cannot be stored throws ELimit; the sheet then holds
+  /// as modified, and the used bounds are those of the file. What cannot be stored throws ELimit; the sheet then holds
   /// all lines before.
   static void ImportSheet(TWorkbook& AWorkbook, IReadStream& AStream, int32_t ASheetIndex);
 
   /// The same for files as they are met: a doubled quote inside quotes is one quote, line ends inside quotes belong to
-  /// the field, empty fields leave their cells empty, and the used bounds are those of the file. UTF-16 is recognised
-  /// without a mark as well. Throws EArgument for a delimiter that is not possible, ELimit and ECancelled; the sheet
-  /// then holds what was read before.
+  /// the field, and empty fields leave their cells empty. UTF-16 is recognised without a mark as well. Throws EArgument
+  /// for a delimiter that is not possible, ELimit and ECancelled; the sheet then holds what was read before.
   static void ImportWithOptions(TWorkbook& AWorkbook, IReadStream& AStream, int32_t ASheetIndex,
                                 const TCsvImportOptions& AOptions);
 

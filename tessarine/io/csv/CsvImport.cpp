@@ -28,7 +28,7 @@ constexpr int32_t kDelimiterSampleLines = 200;
 class TSheetFiller {
  public:
   /// ATextBytes: how much text there will be, about.
-  TSheetFiller(TWorkbook& AWorkbook, TWorksheet& ASheet, uint64_t AMaxBytes, bool AKeepBounds, size_t ATextBytes)
+  TSheetFiller(TWorkbook& AWorkbook, TWorksheet& ASheet, uint64_t AMaxBytes, size_t ATextBytes)
       : FWorkbook(AWorkbook),
         FSheet(ASheet),
         FStore(ASheet.Store()),
@@ -38,7 +38,7 @@ class TSheetFiller {
     FWorkbook.BeginUpdate();
     FSheet.ClearCells();
     FSheet.Spills().ClearAll();
-    if (!AKeepBounds) FSheet.RecalcUsedBounds();
+    FSheet.RecalcUsedBounds();
     FIsBulk = FSheet.ChangesAreUnobserved();
     FWorkbook.MarkModified();
   }
@@ -88,7 +88,6 @@ class TSheetFiller {
 struct TFieldRules {
   TFormatSettings Settings;
   bool KeepEmptyFields = false;
-  bool KeepBounds = false;  // the used area of the sheet does not shrink
   bool QuotedIsText = false;
   bool AllText = false;
   bool SkipEmptyLines = false;
@@ -106,7 +105,7 @@ class TFieldImport {
  public:
   TFieldImport(TWorkbook& AWorkbook, TWorksheet& ASheet, detail::TCsvSource& ASource, detail::TCsvFieldReader& AReader,
                const TFieldRules& ARules)
-      : FFiller(AWorkbook, ASheet, ARules.MaxBytes, ARules.KeepBounds,
+      : FFiller(AWorkbook, ASheet, ARules.MaxBytes,
                 ASource.IsFinal() ? ASource.Size() : std::numeric_limits<size_t>::max()),
         FSource(ASource),
         FReader(AReader),
@@ -247,10 +246,8 @@ void ImportLines(TWorkbook& AWorkbook, IReadStream& AStream, int32_t ASheetIndex
   const TWorkControl control;
   detail::TCsvSource source(AStream, limits.MaxPartBytes, false, ASourceName, control);
   detail::TCsvFieldReader reader(source, ',', detail::cqLines, false);
-  const TFieldRules rules{.Settings = CurrentFormatSettings(),
-                          .KeepEmptyFields = true,
-                          .KeepBounds = true,
-                          .MaxBytes = limits.MaxTotalBytes};
+  const TFieldRules rules{
+      .Settings = CurrentFormatSettings(), .KeepEmptyFields = true, .MaxBytes = limits.MaxTotalBytes};
   TFieldImport(AWorkbook, SheetForImport(AWorkbook, ASheetIndex), source, reader, rules).Run();
 }
 

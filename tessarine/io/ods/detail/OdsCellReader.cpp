@@ -240,15 +240,21 @@ void TOdsCellReader::PlaceCell() {
   }
   const TCellRange range{FCol, FRow, std::min(FCol + std::min(FCell.Repeat, kOdsMaxRepeat) - 1, kMaxCol),
                          std::min(FRow + std::min(FRowRepeat, kOdsMaxRepeat) - 1, kMaxRow)};
-  const auto extra = static_cast<size_t>(int64_t{range.Width()} * range.Height() - 1);
-  if (extra > 0) {
-    TXlsxBudget::Take(
-        FContext.Budget.RepeatedCells, extra, [this] { return CellPlace(); }, "the repeated cells");
-  }
+  TakeRepeats(static_cast<size_t>(int64_t{range.Width()} * range.Height() - 1));
   if (isMerged) MergeCells(range);
   if (isLinked || (hasContent && !FText.Link().empty()))
     FSheet.Hyperlinks().SetHyperlinkRange(range, TText::FromUtf8(FText.Link()));
   if (hasContent || showsBlank) Store(range);
+}
+
+/// Runs of a few equal cells are free: in long tables every row has some. A formula takes more memory than a value.
+void TOdsCellReader::TakeRepeats(size_t ACount) {
+  constexpr size_t kFreeRepeats = 16;
+  constexpr size_t kFormulaCost = 4;
+  const size_t count = FFormula.empty() ? std::max(ACount, kFreeRepeats) - kFreeRepeats : ACount * kFormulaCost;
+  if (count == 0) return;
+  TXlsxBudget::Take(
+      FContext.Budget.RepeatedCells, count, [this] { return CellPlace(); }, "the repeated cells");
 }
 
 void TOdsCellReader::Store(const TCellRange& ARange) {

@@ -79,6 +79,7 @@ class TOdsCellReader {
   TCellValue FormulaResult();
   TCellValue ErrorResult() const;
   int32_t StyleIndex();
+  void TakeRepeats(size_t ACount);
   void Store(const TCellRange& ARange);
   void StoreAt(int32_t ACol, int32_t ARow, const TCellValue& AValue, int32_t AStyle);
   void StoreRich(const TCellRange& ARange, const TCellValue& AValue, int32_t AStyle, TRichTextRuns ARuns);

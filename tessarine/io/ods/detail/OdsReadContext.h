@@ -14,7 +14,7 @@ namespace tessarine::detail {
 
 /// What one load may build out of few bytes, beyond what honest files need.
 struct TOdsReadBudget {
-  size_t RepeatedCells = 4'000'000;  // cells that stand in the file once and on a sheet more often
+  size_t RepeatedCells = 16'000'000;  // cells that stand in the file once and on a sheet more often
   size_t RichRuns = 4'000'000;
   size_t Blanks = size_t{64} << 20;  // of elements that stand for so many
   size_t SpilledValues = 4'000'000;

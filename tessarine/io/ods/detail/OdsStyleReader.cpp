@@ -27,6 +27,10 @@ static_assert(std::size(kGroups) == static_cast<size_t>(ogCount));
 constexpr std::string_view kDefaultStyle = "Default";
 constexpr int kMaxParents = 64;  // looked at for one property; formats inherit without a limit
 
+// Formats are compared with one another, so none must be long. Other programs take 255 units and four sections.
+constexpr size_t kMaxSections = 8;
+constexpr size_t kMaxCodeUnits = 8192;
+
 /// The index of a name in a table; its size for an unknown one.
 template <size_t TCount>
 size_t IndexIn(const std::string_view (&ATable)[TCount], std::string_view AName) {
@@ -173,14 +177,23 @@ std::optional<TOdsGraphicStyle> TOdsStyleReader::TryGetGraphicStyle(std::string_
 TText TOdsStyleReader::GetNumberFormat(std::string_view AName) const {
   const auto found = FNumberStyles.find(AName);
   if (found == FNumberStyles.end()) return GeneralFormatCode();
-  if (!found->second.ExactCode.empty()) return TText(found->second.ExactCode);
-  std::vector<TOdsConditionalCode> sections;
-  for (const TCondition& condition : found->second.Conditions) {
-    const auto applied = FNumberStyles.find(condition.DataStyle);
-    if (applied != FNumberStyles.end()) sections.push_back({condition.Text, applied->second.Code});
+  TText& joined = found->second.Joined;
+  if (joined.IsEmpty()) joined = JoinedCode(found->second);
+  return joined;
+}
+
+TText TOdsStyleReader::JoinedCode(const TNumberStyle& AStyle) const {
+  std::u16string code = AStyle.ExactCode;
+  if (code.empty()) {
+    std::vector<TOdsConditionalCode> sections;
+    for (const TCondition& condition : AStyle.Conditions) {
+      const auto applied = FNumberStyles.find(condition.DataStyle);
+      if (applied != FNumberStyles.end()) sections.push_back({condition.Text, applied->second.Code});
+      if (sections.size() == kMaxSections) break;
+    }
+    code = OdsJoinConditionalCodes(AStyle.Code, AStyle.IsText, sections);
   }
-  const std::u16string code = OdsJoinConditionalCodes(found->second.Code, found->second.IsText, sections);
-  return code.empty() ? GeneralFormatCode() : TText(code);
+  return code.empty() || code.size() > kMaxCodeUnits ? GeneralFormatCode() : TText(code);
 }
 
 // ---- cell formats

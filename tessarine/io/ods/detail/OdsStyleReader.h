@@ -104,8 +104,11 @@ class TOdsStyleReader {
     std::u16string ExactCode;  // in its own spelling; empty when the file does not say
     bool IsText = false;
     std::vector<TCondition> Conditions;
+    mutable TText Joined;  // with its conditions, shared by all styles that use it; empty until one asks
   };
   using TStyles = TOdsByName<TStyle>;
+
+  TText JoinedCode(const TNumberStyle& AStyle) const;
 
   TStyles& Styles(TOdsFamily AFamily) { return FStyles[static_cast<size_t>(AFamily)]; }
   const TStyles& Styles(TOdsFamily AFamily) const { return FStyles[static_cast<size_t>(AFamily)]; }

@@ -254,11 +254,12 @@ void TOdsValidationReader::Bind(std::string_view AName, const TCellRange& ARange
   bindings.push_back({FSheet, range});
 }
 
+/// Of several rules with one name the first counts.
 void TOdsValidationReader::Apply(TWorkbook& AWorkbook) {
   for (const TRule& rule : FRules) {
     const auto found = FNames.find(rule.Name);
     if (found == FNames.end()) continue;
-    const std::vector<TBinding>& bindings = found->second.Bindings;
+    const std::vector<TBinding> bindings = std::exchange(found->second.Bindings, {});
     for (size_t at = 0; at < bindings.size();) {
       TDataValidationRule bound = rule.Rule;
       const int32_t sheet = bindings[at].Sheet;

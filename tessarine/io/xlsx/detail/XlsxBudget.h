@@ -11,9 +11,10 @@ namespace tessarine::detail {
 /// in every cell. The limits of the package and its parts cannot see this.
 struct TXlsxBudget {
   size_t RichRuns = 4'000'000;                    // formatted runs, in the string table and in cells
-  size_t SharedFormulaUnits = size_t{256} << 20;  // UTF-16 units of formulas that a cell takes from another
+  size_t SharedFormulaUnits = size_t{256} << 20;  // UTF-16 units of long formulas that a cell takes from another
   size_t SpilledValues = 4'000'000;               // cells of array formulas beside the formula's own
   size_t TableColumns = 1'000'000;                // columns of all tables together
+  size_t RepeatedBytes = size_t{64} << 20;        // of parts that are sheets or tables once more
   size_t BlockProbes = 100'000'000;               // blocks looked at to see whether array formulas meet
 
   /// Takes ACount off ALeft. Throws ELimit when that is not left; APlace() and AWhat make the message.

@@ -81,12 +81,23 @@ void StripXlsxParameterPrefixes(std::u16string& AText) {
   AText = std::move(out);
 }
 
+/// Texts of common length are free, or sheets filled with formulas to the last row would run into the limit. A text
+/// that no template gives costs more: it is put together from tokens and mostly kept for this cell alone.
 bool TXlsxFormulas::TakeShared(const TXlsxFormulaElement& AElement, TCellAddress AAddress, std::string_view APartName) {
+  constexpr size_t kFreeUnits = 128;
+  constexpr size_t kPlainCost = 4;
   const auto found = FShared.find(AElement.SharedIndex);
   if (found == FShared.end()) return false;
-  const auto place = [&] { return ForMessage(APartName) + ", cell " + Utf16ToUtf8(AAddress.ToA1()); };
-  TXlsxBudget::Take(FBudget.SharedFormulaUnits, found->second.Length(), place, "the texts of shared formulas");
-  found->second.TextAt(AAddress, FTemplates, FText);
+  const auto take = [&](size_t& ALeft, size_t AUnits, size_t ACost) {
+    TXlsxBudget::Take(
+        ALeft, (std::max(AUnits, kFreeUnits) - kFreeUnits) * ACost,
+        [&] { return ForMessage(APartName) + ", cell " + Utf16ToUtf8(AAddress.ToA1()); },
+        "the texts of shared formulas");
+  };
+  size_t left = FBudget.SharedFormulaUnits;
+  take(left, found->second.Length(), 1);  // how long it gets here is known too late for the longest
+  const bool isCheap = found->second.TextAt(AAddress, FTemplates, FText);
+  take(FBudget.SharedFormulaUnits, FText.size(), isCheap ? 1 : kPlainCost);
   return true;
 }
 

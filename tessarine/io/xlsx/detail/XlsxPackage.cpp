@@ -57,6 +57,14 @@ bool TXlsxPackage::TryTakeRoom(uint64_t ABytes) const {
   return true;
 }
 
+uint64_t TXlsxPackage::NoteUse(std::string_view AName) const {
+  const auto index = FZip.Find(AName);
+  if (!index) return 0;
+  const bool wasUsed = FIsUsed[*index];
+  FIsUsed[*index] = true;
+  return wasUsed ? FZip.DeclaredSize(*index) : 0;
+}
+
 TXlsxRelationships TXlsxPackage::ReadRelationships(std::string_view APartName) const {
   const std::string name = XlsxRelationshipsPart(APartName);
   const TByteBuffer bytes = ReadPart(name);

@@ -42,7 +42,7 @@ class TXlsxPackage {
  public:
   /// Takes the archive. Throws as TZipReader does.
   TXlsxPackage(std::vector<std::byte> ABytes, const TReadLimits& ALimits)
-      : FZip(std::move(ABytes), ALimits), FLimits(ALimits), FIsRead(FZip.EntryCount()) {}
+      : FZip(std::move(ABytes), ALimits), FLimits(ALimits), FIsRead(FZip.EntryCount()), FIsUsed(FZip.EntryCount()) {}
 
   /// The content of a part; no bytes when it is missing.
   TByteBuffer ReadPart(std::string_view AName) const;
@@ -56,6 +56,10 @@ class TXlsxPackage {
   /// HasRoomFor, and when there is room counts ABytes as read: for what a reader builds beyond the bytes of the parts,
   /// so that few bytes which name one big part many times stay bounded too.
   bool TryTakeRoom(uint64_t ABytes) const;
+
+  /// Tells that something is made of a part. The size that the part claims when that was told before, else 0: few bytes
+  /// can name one big part many times. Not to be called by several threads.
+  uint64_t NoteUse(std::string_view AName) const;
 
   /// The relationships that stand beside a part ("xl/_rels/workbook.xml.rels"); none when there is no such part.
   TXlsxRelationships ReadRelationships(std::string_view APartName) const;
@@ -75,6 +79,7 @@ class TXlsxPackage {
   TZipReader FZip;
   TReadLimits FLimits;
   mutable std::vector<std::atomic<bool>> FIsRead;  // by entry
+  mutable std::vector<bool> FIsUsed;               // by entry
 };
 
 /// The name of the part with the relationships of APartName: "xl/_rels/workbook.xml.rels" for "xl/workbook.xml".

@@ -24,14 +24,15 @@ void TXlsxSharedFormula::TextAtPlain(TCellAddress AAddress, std::u16string& AOut
   AOut = OffsetSharedFormula(FText, int64_t{AAddress.Col} - FAddress.Col, int64_t{AAddress.Row} - FAddress.Row);
 }
 
-void TXlsxSharedFormula::TextAt(TCellAddress AAddress, TFormulaPool& APool, std::u16string& AOut) {
-  if (TryTextAt(AAddress, AOut)) return;
+bool TXlsxSharedFormula::TextAt(TCellAddress AAddress, TFormulaPool& APool, std::u16string& AOut) {
+  if (TryTextAt(AAddress, AOut)) return true;
   TextAtPlain(AAddress, AOut);
   if (FState == TState::tsUnused) {
     FState = TState::tsUsed;
   } else if (FState == TState::tsUsed && AAddress != FAddress && AAddress.IsValid()) {
     Prepare(AAddress, AOut, APool);
   }
+  return false;
 }
 
 /// Texts of cells that a formula was filled over differ in their references alone, so they are written from a template

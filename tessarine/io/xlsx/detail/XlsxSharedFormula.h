@@ -18,8 +18,9 @@ class TXlsxSharedFormula {
   TXlsxSharedFormula() = default;
   TXlsxSharedFormula(std::u16string_view AText, TCellAddress AAddress) : FText(AText), FAddress(AAddress) {}
 
-  /// Replaces AOut by the text in the cell AAddress. APool lends templates and outlives the object.
-  void TextAt(TCellAddress AAddress, TFormulaPool& APool, std::u16string& AOut);
+  /// Replaces AOut by the text in the cell AAddress. APool lends templates and outlives the object. True when a
+  /// template gave the text, which then costs little.
+  bool TextAt(TCellAddress AAddress, TFormulaPool& APool, std::u16string& AOut);
 
   /// The definition of TextAt.
   void TextAtPlain(TCellAddress AAddress, std::u16string& AOut) const;

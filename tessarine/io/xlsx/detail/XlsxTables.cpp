@@ -90,16 +90,17 @@ TSheetTable* ReadTable(const TXmlNode* ARoot, std::string_view APartName, TXlsxB
   const std::string_view name = XmlAttr(ARoot, "name");
   const TCellRange range = XlsxRange(XmlAttr(ARoot, "ref"));
   if (name.empty() || !XlsxIsRange(range)) return nullptr;
+  std::vector<TText> columns = ReadColumnNames(XmlFindChild(ARoot, "tableColumns"));
   TXlsxBudget::Take(
-      ABudget.TableColumns, static_cast<size_t>(range.Width()), [&] { return ForMessage(APartName); },
-      "the columns of all tables");
+      ABudget.TableColumns, std::max(static_cast<size_t>(range.Width()), columns.size()),
+      [&] { return ForMessage(APartName); }, "the columns of all tables");
   auto table = std::make_unique<TSheetTable>(XlsxText(name), range);
   table->SetDisplayName(XlsxText(XmlAttr(ARoot, "displayName", name)));
   table->SetHasHeaderRow(XmlAttrInt(ARoot, "headerRowCount", 1) > 0);
   table->SetHasTotalsRow(XmlAttrInt(ARoot, "totalsRowCount", 0) > 0);
   table->SetShowAutoFilter(XmlFindChild(ARoot, "autoFilter") != nullptr);
   ApplyStyle(XmlFindChild(ARoot, "tableStyleInfo"), *table);
-  table->SetColumnNames(ReadColumnNames(XmlFindChild(ARoot, "tableColumns")));
+  table->SetColumnNames(std::move(columns));
   return &ASheet.Tables().Add(std::move(table));
 }
 
@@ -110,6 +111,9 @@ void ReadXlsxTables(const TXlsxPackage& APackage, std::string_view ASheetPart, c
   for (const TXlsxRelationship& relationship : ARelationships) {
     if (!IsTableType(relationship.Type)) continue;
     const std::string part = XlsxResolveTarget(ASheetPart, relationship.Target);
+    TXlsxBudget::Take(
+        ABudget.RepeatedBytes, APackage.NoteUse(part), [&] { return ForMessage(part); },
+        "the repeated readings of parts");
     const TByteBuffer bytes = APackage.ReadPart(part);
     if (bytes.IsEmpty()) continue;
     const TXmlTree tree(bytes.Text(), part, APackage.Limits());

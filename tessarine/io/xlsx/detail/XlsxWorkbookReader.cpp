@@ -26,6 +26,7 @@
 #include <tessarine/platform/Errors.h>
 #include <tessarine/platform/Xml.h>
 #include <tessarine/platform/XmlTree.h>
+#include <tessarine/platform/detail/MessageText.h>
 
 namespace tessarine::detail {
 
@@ -168,6 +169,9 @@ void TXlsxWorkbookReader::ReadSheets(const TXmlNode* AWorkbook) {
 
 void TXlsxWorkbookReader::LoadSheet(TWorksheet& ASheet, const std::string& APartName, std::string_view ANextPartName) {
   ReportSheet(0, APartName);
+  TXlsxBudget::Take(
+      FBudget.RepeatedBytes, FPackage.NoteUse(APartName), [&] { return ForMessage(APartName); },
+      "the repeated readings of parts");
   TXlsxRelationships relationships;
   const TXlsxReport report = ReportFor(FOptions.Report ? ASheet.Name().ToUtf8() : std::string());
   {
