@@ -189,7 +189,8 @@ void AppendFraction(double AValue, int64_t ALimit, TBestFraction ABest, const TF
     rest = 0;
   }
   TFraction fraction = rest < 1e-10 ? TFraction() : ABest(rest, ALimit);
-  whole += static_cast<double>(fraction.Numerator / fraction.Denominator);
+  const auto carried = fraction.Numerator / fraction.Denominator;
+  whole += static_cast<double>(carried);
   fraction.Numerator %= fraction.Denominator;
 
   const bool isZero = whole < 1 && fraction.Numerator == 0;
