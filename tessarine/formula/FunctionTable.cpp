@@ -120,7 +120,8 @@ const TFunctionIndex& Functions() {
 
 /// No function lets an infinity or a NaN into a cell.
 TCellValue Finite(TCellValue AValue) {
-  return AValue.Kind == cvkNumber && !std::isfinite(AValue.Number) ? TCellValue::FromError(ceNum) : AValue;
+  if (AValue.Kind == cvkNumber && !std::isfinite(AValue.Number)) return TCellValue::FromError(ceNum);
+  return AValue;
 }
 
 constexpr std::array<std::u16string_view, 30> kSpillFunctions = {

@@ -142,7 +142,9 @@ TCellValue TTessarineRtdHub::Evaluate(const TText& AProgId, const TText& AServer
   if (parts.ProgId.IsEmpty() || ATopics.empty()) return TCellValue::FromError(ceNA);
   const TText key = parts.ToString();
   FState->Subscribe(key, ACell);
-  const std::shared_ptr<ITessarineRtdProvider> provider = AProvider;  // the host may take it away while it is asked
+  // A reference of our own: the host may take the provider away while it is asked.
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+  const std::shared_ptr<ITessarineRtdProvider> provider = AProvider;
   std::optional<TCellValue> value;
   if (provider) value = FState->Ask(*provider, key, parts.ProgId, parts.Server, ATopics);
   if (!value) value = TryComGetValue(parts.ProgId, parts.Server, ATopics);

@@ -88,7 +88,7 @@ class TDependencyRuns {
   struct TEntry {
     uint32_t Run;
     uint32_t Pattern;
-    friend auto operator<=>(const TEntry&, const TEntry&) = default;
+    friend auto operator<=>(const TEntry&, const TEntry&) = default;  // NOLINT(modernize-use-nullptr)
   };
   struct TLevel {
     int32_t Sheet;

@@ -35,7 +35,8 @@ bool IsLazyForm(const TProgramNode& ANode) {
 
 /// No function lets an infinity or a NaN into a cell.
 TCellValue FiniteOnly(TCellValue AValue) {
-  return AValue.Kind == cvkNumber && !std::isfinite(AValue.Number) ? TCellValue::FromError(ceNum) : AValue;
+  if (AValue.Kind == cvkNumber && !std::isfinite(AValue.Number)) return TCellValue::FromError(ceNum);
+  return AValue;
 }
 
 TCellValue LineOf(const TProgramFrame& AFrame, const TProgramNode& AReference, bool AIsRow) {
@@ -103,7 +104,7 @@ TCellValue TEvaluation::EvalSpecial(const TProgramFrame& AFrame, const TProgramN
       return TCellValue::FromBoolean(FLocals.IsMissing(first.Text));
     default: break;
   }
-  const TCellValue target = EvalNode(AFrame, first);
+  TCellValue target = EvalNode(AFrame, first);
   if (target.IsError()) return target;
   return EvalIndirect(target.ToDisplayString(), AFrame.SheetIndex);
 }

@@ -357,8 +357,9 @@ TFormulaArg TEvaluation::EvalMakeArray(TLambdaRun& ARun) {
   std::optional<TNumericLambda> numeric = ARun.Numeric(2);
   for (int64_t i = 0; i < rows * cols; ++i) {
     ARun.Poll(i);
-    const auto row = static_cast<double>(i / cols + 1);
-    const auto col = static_cast<double>(i % cols + 1);
+    const int64_t rowsAbove = i / cols;
+    const auto row = static_cast<double>(rowsAbove + 1);
+    const auto col = static_cast<double>(i - rowsAbove * cols + 1);
     double number = 0;
     TCellValue value = numeric && numeric->Call(row, col, number)
                            ? TCellValue::FromNumber(number)

@@ -84,7 +84,7 @@ std::vector<std::u16string> TLocalNames::LostSince(const TSaved& ASaved) const {
 }
 
 int64_t TLocalNames::WeightOf(const TSaved& ASaved) {
-  constexpr int64_t kBindingCells = sizeof(TBinding) / sizeof(TCellValue) + 1;
+  constexpr int64_t kBindingCells = (sizeof(TBinding) + sizeof(TCellValue) - 1) / sizeof(TCellValue);
   int64_t cells = 0;
   if (!ASaved) return cells;
   for (const TBinding& binding : ASaved->Bindings) cells += kBindingCells + binding.Arg.CellCount();

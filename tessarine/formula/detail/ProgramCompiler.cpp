@@ -138,14 +138,16 @@ class TProgramBuilder {
   TOpen OpenCall(std::u16string_view AName) { return {Here(), ankFunc, opAdd, TText(AName)}; }
   TOpen OpenArray() { return {Here(), ankArrayLit, opAdd, {}}; }
   void AddItem(TOpen&, TTree) {}
-  TTree CloseOperator(TOpen AOpen, TTree) {
+  TTree CloseOperator(const TOpen& AOpen, TTree) {
     TProgramNode node;
     node.Kind = AOpen.Kind;
     node.Op = AOpen.Op;
     return Emit(AOpen.Begin, std::move(node), AOpen.Kind == ankUnary ? 1 : 2);
   }
-  TTree CloseCall(TOpen AOpen, size_t AArguments) { return Emit(AOpen.Begin, MakeCall(AOpen.Name, false), AArguments); }
-  TTree CloseArray(TOpen AOpen, size_t AColumns, size_t ACells) {
+  TTree CloseCall(const TOpen& AOpen, size_t AArguments) {
+    return Emit(AOpen.Begin, MakeCall(AOpen.Name, false), AArguments);
+  }
+  TTree CloseArray(const TOpen& AOpen, size_t AColumns, size_t ACells) {
     TProgramNode node;
     node.Kind = ankArrayLit;
     node.Col2 = static_cast<int32_t>(AColumns);

@@ -142,7 +142,7 @@ std::optional<double> TrySumProductLanes(TFormulaArgs AArgs) {
   double sum = 0;
   for (int32_t row = 0, band = kLanes / cols; row < rows; row += band) {
     const int32_t height = std::min(band, rows - row);
-    const auto lanes = static_cast<size_t>(height * cols);
+    const auto lanes = static_cast<size_t>(height) * static_cast<size_t>(cols);
     if (!ReadNumberLanes(AArgs[0], row, height, {products.data(), lanes})) continue;
     for (const TFormulaArg& arg : AArgs.subspan(1)) {
       if (arg.IsRange) {

@@ -130,7 +130,7 @@ TCellValue CallVdb(TFormulaArgs AArgs, const TFormulaContext&) {
 }
 
 double DegressiveDepreciation(const TNumbers<7>& ANumbers) {
-  constexpr double kMostPeriods = 1'000'000;
+  constexpr int32_t kMostPeriods = 1'000'000;
   const auto asset = ProratedOf(ANumbers);
   if (!asset) return kOutsideDomain;
   const double rate = asset->Rate * DegressiveCoefficient(1 / asset->Rate);
@@ -138,7 +138,7 @@ double DegressiveDepreciation(const TNumbers<7>& ANumbers) {
   double left = asset->Cost - loss;
   double rest = left - asset->Salvage;  // may still be lost
   if (rest < 0) return asset->Period == 0 ? asset->Cost - asset->Salvage : 0;
-  for (double period = 0; period < asset->Period; ++period) {
+  for (int32_t period = 0; period < asset->Period; ++period) {
     if (period >= kMostPeriods) return kOutsideDomain;
     loss = std::round(rate * left);
     if (loss == 0) return 0;

@@ -60,7 +60,7 @@ class TBatchSink {
  public:
   template <class F>
   requires(!std::is_same_v<std::remove_cvref_t<F>, TBatchSink>)
-      TBatchSink(F&& AFunction)  // NOLINT(google-explicit-constructor)
+      TBatchSink(F&& AFunction)  // NOLINT(bugprone-forwarding-reference-overload)
       : FContext(const_cast<void*>(static_cast<const void*>(&AFunction))),
         FCall([](void* AContext, std::span<const T> ABatch) {
           return static_cast<bool>((*static_cast<std::remove_reference_t<F>*>(AContext))(ABatch));
