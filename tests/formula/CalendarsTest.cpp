@@ -4,6 +4,7 @@
 #include <random>
 #include <set>
 
+#include <tessarine/formula/library/detail/DayCount.h>
 #include <tessarine/formula/library/detail/WorkingDays.h>
 #include <tessarine/platform/Dates.h>
 
@@ -39,6 +40,15 @@ TEST(Calendars, CountsAreThoseOfWalkingDayByDay) {
       EXPECT_EQ(calendar.CountBetween(day, first), day == first ? count : -count);
     }
   }
+}
+
+TEST(Calendars, WholeDaysAreTheirOwnNumbers) {
+  for (int32_t day = -693'593; day <= 2'958'465; day += 97) {
+    const auto whole = detail::DayAt(day);
+    const auto noon = detail::DayAt(day + 0.5);
+    ASSERT_TRUE(whole && noon && whole->Serial == day && noon->Serial == day && whole->Day == noon->Day) << day;
+  }
+  for (const double day : {-693'594.0, 2'958'466.0, std::nan(""), HUGE_VAL}) EXPECT_FALSE(detail::DayAt(day)) << day;
 }
 
 TEST(Calendars, TheClockMovesForward) {

@@ -125,12 +125,12 @@ TEST(AffectedRuns, ReachExactlyWhatDependsOnACell) {
     ASSERT_TRUE(run == TDependencyRuns::kNone ? affected.AddReaders(cell)
                                               : affected.Add(run, {cell.Row(), cell.Row()}));
     std::set<TCellId> reached;
-    for (const auto& [index, rows] : affected.Rows()) {
-      for (const TRowSpan& span : rows.Spans()) {
+    affected.ForEachRun([&](uint32_t AIndex) {
+      for (const TRowSpan& span : affected.RowsOf(AIndex)) {
         for (int32_t row = span.First; row <= span.Last; ++row)
-          reached.insert(TCellId::Of(runs.Run(index).Sheet, runs.Run(index).Col, row));
+          reached.insert(TCellId::Of(runs.Run(AIndex).Sheet, runs.Run(AIndex).Col, row));
       }
-    }
+    });
     const std::vector<TCellId> list = plain.CollectTransitiveDependents(cell);
     std::set<TCellId> expected(list.begin(), list.end());
     if (run != TDependencyRuns::kNone) expected.insert(cell);
@@ -164,6 +164,44 @@ TEST(AffectedRuns, ReachExactlyWhatDependsOnACell) {
     }
   }
   EXPECT_GT(ordered, 100);  // the test must see both outcomes
+}
+
+/// The groups in their order, with the rows of their runs.
+std::string DumpOrder(const TDependencyRuns& ARuns, const detail::TAffectedRuns& AAffected) {
+  std::vector<detail::TRunGroup> groups;
+  if (!AAffected.Order(groups)) return "none";
+  std::string text;
+  for (const detail::TRunGroup& group : groups) {
+    text += "direction " + std::to_string(static_cast<int>(group.Direction));
+    for (const uint32_t run : group.Runs) {
+      text += ", column " + std::to_string(ARuns.Run(run).Col);
+      for (const TRowSpan& span : AAffected.RowsOf(run))
+        text += " " + std::to_string(span.First) + "-" + std::to_string(span.Last);
+    }
+    text += "\n";
+  }
+  return text;
+}
+
+TEST(AffectedRuns, AllAtOnceAreThoseAddedOneByOne) {
+  std::mt19937 random(78);
+  int unlinked = 0;
+  for (int round = 0; round < 600; ++round) {
+    TDependencyRuns runs;
+    test::TPlainGraph plain;
+    for (int step = round % 8; step >= 0; --step) AddRandomRun(random, runs, plain);
+    detail::TAffectedRuns all(runs);
+    detail::TAffectedRuns each(runs);
+    ASSERT_TRUE(all.AddAll());
+    for (uint32_t run = 0; run < runs.RunLimit(); ++run) {
+      if (runs.Run(run).Rows.IsEmpty()) continue;
+      ASSERT_TRUE(each.Add(run, runs.Run(run).Rows));
+    }
+    const std::string expected = DumpOrder(runs, each);
+    ASSERT_EQ(DumpOrder(runs, all), expected) << "round " << round;
+    unlinked += expected.find("direction 1") == expected.npos && expected.find("direction 2") == expected.npos;
+  }
+  EXPECT_GT(unlinked, 100);
 }
 
 }  // namespace

@@ -71,6 +71,26 @@ TEST(TextFunctions, RepetitiveLongTextsAreSearchedInLinearTime) {
   EXPECT_EQ(Call(u"SEARCH", {Text(needle), Text(text + u'B')}), Number(500'002));
 }
 
+TEST(TextFunctions, UnitsAreReplacedAsTextsAre) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 2000; ++round) {
+    std::u16string text(random() % 60, u'a');
+    for (char16_t& unit : text) unit = u"ab-\u00E9"[random() % 4];
+    const std::u16string oldPart(1, u"ab-\u00E9x"[random() % 5]);
+    const std::u16string newPart(1, u"ab/\0"[random() % 4]);
+    // In pairs of equal units the same calls go by the search for texts.
+    std::u16string doubled;
+    for (const char16_t unit : text) doubled += {unit, unit};
+    std::u16string expected;
+    const TCellValue pairs = Call(u"SUBSTITUTE", {Text(doubled), Text(oldPart + oldPart), Text(newPart + newPart)});
+    for (size_t i = 0; i < pairs.Text.Length(); i += 2) expected += pairs.Text.View()[i];
+    ASSERT_EQ(Call(u"SUBSTITUTE", {Text(text), Text(oldPart), Text(newPart)}), Text(expected)) << round;
+  }
+  const std::u16string full(kMaxGeneratedText + 1, u'a');
+  EXPECT_EQ(Call(u"SUBSTITUTE", {Text(full), Text(u"a"), Text(u"b")}), TCellValue::FromError(ceValue));
+  EXPECT_EQ(Call(u"SUBSTITUTE", {Text(full), Text(u"x"), Text(u"b")}), Text(full));
+}
+
 TEST(TextSearch, FindsWhatComparingAtEachPlaceFinds) {
   std::mt19937 random(7);
   const auto textOf = [&](size_t ALength, unsigned ALetters) {

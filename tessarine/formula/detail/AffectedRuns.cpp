@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 
 namespace tessarine::detail {
 
@@ -11,6 +12,47 @@ constexpr size_t kMaxSteps = 4'000'000;  // beyond it cells are taken one by one
 constexpr size_t kMaxGroup = 64;         // runs that read each other, likewise
 
 uint64_t LinkKey(uint32_t ARead, uint32_t AReader) { return (static_cast<uint64_t>(ARead) << 32) | AReader; }
+
+/// Which of the columns that hold formulas lie in what formulas read. Most workbooks read few of them, so that most
+/// runs need no search for their readers.
+class TReadColumns {
+ public:
+  explicit TReadColumns(const TDependencyRuns& ARuns) {
+    for (uint32_t i = 0; i < ARuns.RunLimit(); ++i) {
+      const TDependencyRun& run = ARuns.Run(i);
+      const uint64_t column = KeyOf(run.Sheet, run.Col);
+      if (!run.Rows.IsEmpty() && (FColumns.empty() || FColumns.back() != column)) FColumns.push_back(column);
+    }
+    std::sort(FColumns.begin(), FColumns.end());
+    FColumns.erase(std::unique(FColumns.begin(), FColumns.end()), FColumns.end());
+    FReads.resize(FColumns.size() + 1);
+    for (uint32_t i = 0; i < ARuns.RunLimit(); ++i) {
+      const TDependencyRun& run = ARuns.Run(i);
+      if (run.Rows.IsEmpty()) continue;
+      for (const TPrecedentPattern& pattern : *run.Patterns) {
+        ++FReads[PlaceOf(pattern.Sheet, pattern.Col)];
+        --FReads[PlaceOf(pattern.Sheet, pattern.Col2 + 1)];
+      }
+    }
+    std::partial_sum(FReads.begin(), FReads.end(), FReads.begin());
+  }
+
+  /// For a column that holds formulas.
+  bool IsRead(int32_t ASheet, int32_t ACol) const { return FReads[PlaceOf(ASheet, ACol)] != 0; }
+
+ private:
+  static uint64_t KeyOf(int32_t ASheet, int32_t ACol) {
+    return (static_cast<uint64_t>(static_cast<uint32_t>(ASheet)) << 32) | static_cast<uint32_t>(ACol);
+  }
+  /// The first column with formulas that is this one or behind it.
+  size_t PlaceOf(int32_t ASheet, int32_t ACol) const {
+    const uint64_t key = KeyOf(ASheet, ACol);
+    return static_cast<size_t>(std::lower_bound(FColumns.begin(), FColumns.end(), key) - FColumns.begin());
+  }
+
+  std::vector<uint64_t> FColumns;  // sorted
+  std::vector<int64_t> FReads;     // patterns that hold the column
+};
 
 }  // namespace
 
@@ -47,6 +89,40 @@ bool TAffectedRuns::AddReaders(TCellId ACell) {
   return Spread(pending);
 }
 
+bool TAffectedRuns::AddAll() {
+  FHasAll = true;
+  const TReadColumns columns(FRuns);
+  bool isDone = true;
+  ForEachRun([&](uint32_t ARun) {
+    const TDependencyRun& run = FRuns.Run(ARun);
+    if (!isDone || !columns.IsRead(run.Sheet, run.Col)) return;
+    isDone = ++FSteps <= kMaxSteps;
+    const TCellRange range{run.Col, run.Rows.First, run.Col, run.Rows.Last};
+    FRuns.ForEachReader(run.Sheet, range, [&](uint32_t AReader, const TPrecedentPattern& APattern, TRowSpan) {
+      NoteLink(ARun, AReader, APattern);
+    });
+  });
+  return isDone;
+}
+
+std::span<const TRowSpan> TAffectedRuns::RowsOf(uint32_t ARun) const {
+  if (FHasAll) return {&FRuns.Run(ARun).Rows, 1};
+  return FRows.find(ARun)->second.Spans();
+}
+
+void TAffectedRuns::NoteLink(uint32_t ARead, uint32_t AReader, const TPrecedentPattern& APattern) {
+  // Distances are linear in the row, so their extremes stand at the ends of the run.
+  const TRowSpan& all = FRuns.Run(AReader).Rows;
+  const int64_t least =
+      std::min(int64_t{APattern.Top(all.First)} - all.First, int64_t{APattern.Top(all.Last)} - all.Last);
+  const int64_t greatest =
+      std::max(int64_t{APattern.Bottom(all.First)} - all.First, int64_t{APattern.Bottom(all.Last)} - all.Last);
+  const auto [place, isNew] = FLinks.try_emplace(LinkKey(ARead, AReader), TLink{least, greatest});
+  if (isNew) return;
+  place->second.Least = std::min(place->second.Least, least);
+  place->second.Greatest = std::max(place->second.Greatest, greatest);
+}
+
 void TAffectedRuns::Reach(uint32_t ARun, TRowSpan ARows, std::vector<TArea>& APending) {
   const TDependencyRun& run = FRuns.Run(ARun);
   std::vector<TRowSpan> added;
@@ -62,18 +138,7 @@ bool TAffectedRuns::Spread(std::vector<TArea>& APending) {
     const TCellRange range{area.Col, area.Rows.First, area.Col, area.Rows.Last};
     FRuns.ForEachReader(area.Sheet, range, [&](uint32_t AReader, const TPrecedentPattern& APattern, TRowSpan ARows) {
       const TRowSpan& all = FRuns.Run(AReader).Rows;
-      if (area.Run != TDependencyRuns::kNone) {
-        // Distances are linear in the row, so their extremes stand at the ends of the run.
-        const int64_t least =
-            std::min(int64_t{APattern.Top(all.First)} - all.First, int64_t{APattern.Top(all.Last)} - all.Last);
-        const int64_t greatest =
-            std::max(int64_t{APattern.Bottom(all.First)} - all.First, int64_t{APattern.Bottom(all.Last)} - all.Last);
-        const auto [place, isNew] = FLinks.try_emplace(LinkKey(area.Run, AReader), TLink{least, greatest});
-        if (!isNew) {
-          place->second.Least = std::min(place->second.Least, least);
-          place->second.Greatest = std::max(place->second.Greatest, greatest);
-        }
-      }
+      if (area.Run != TDependencyRuns::kNone) NoteLink(area.Run, AReader, APattern);
       // A run whose rows read the row next to them is reached to its end at once.
       if (AReader == area.Run && APattern.RowRelative && APattern.Row2Relative) {
         if (std::max(APattern.Row, APattern.Row2) == -1) ARows.Last = all.Last;
@@ -156,11 +221,21 @@ class TComponents {
 
 bool TAffectedRuns::Order(std::vector<TRunGroup>& AGroups) const {
   std::vector<uint32_t> runs;
-  runs.reserve(FRows.size());
-  for (const auto& [run, rows] : FRows) runs.push_back(run);
-  std::sort(runs.begin(), runs.end(),
-            [this](uint32_t ALeft, uint32_t ARight) { return FRuns.Run(ALeft).Stamp < FRuns.Run(ARight).Stamp; });
+  ForEachRun([&runs](uint32_t ARun) { runs.push_back(ARun); });
+  const auto isEarlier = [this](uint32_t ALeft, uint32_t ARight) {
+    return FRuns.Run(ALeft).Stamp < FRuns.Run(ARight).Stamp;
+  };
+  if (!std::is_sorted(runs.begin(), runs.end(), isEarlier)) std::sort(runs.begin(), runs.end(), isEarlier);
+  if (FLinks.empty()) {  // each run is a component, as below
+    AGroups.resize(runs.size());
+    for (TRunGroup& group : AGroups) {
+      group.Runs.push_back(runs.back());
+      runs.pop_back();
+    }
+    return true;
+  }
   boost::unordered_flat_map<uint32_t, uint32_t> nodes;
+  nodes.reserve(runs.size());
   for (uint32_t i = 0; i < runs.size(); ++i) nodes.emplace(runs[i], i);
   std::vector<std::vector<uint32_t>> readers(runs.size());
   for (const auto& [key, link] : FLinks)
@@ -192,7 +267,7 @@ bool TAffectedRuns::OrderGroup(const std::vector<uint32_t>& ARuns, TRunGroup& AG
     }
   }
   if (least > greatest) {  // a run that reads nothing of the group
-    AGroup.Runs = ARuns;
+    AGroup.Runs.assign(ARuns.begin(), ARuns.end());
     return true;
   }
   if (greatest <= 0) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
+#include <boost/container/small_vector.hpp>
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include <tessarine/formula/detail/DependencyRuns.h>
@@ -24,7 +26,7 @@ class TRowSet {
 struct TRunGroup {
   enum class TDirection : uint8_t { diAny, diDown, diUp };  // diDown: a row reads rows above it, so go downward
 
-  std::vector<uint32_t> Runs;  // in the order within one row
+  boost::container::small_vector<uint32_t, 2> Runs;  // in the order within one row
   TDirection Direction = TDirection::diAny;
 };
 
@@ -40,10 +42,18 @@ class TAffectedRuns {
   /// Adds all that depends on a cell which is in no run.
   [[nodiscard]] bool AddReaders(TCellId ACell);
 
+  /// Adds all rows of all runs to an object to which nothing was added yet; equal to Add for each run.
+  [[nodiscard]] bool AddAll();
+
   /// Orders the groups, precedents first. False when runs read each other in both directions.
   [[nodiscard]] bool Order(std::vector<TRunGroup>& AGroups) const;
 
-  const boost::unordered_flat_map<uint32_t, TRowSet>& Rows() const { return FRows; }
+  /// The spans of a run that was reached, downward.
+  std::span<const TRowSpan> RowsOf(uint32_t ARun) const;
+
+  /// Every run that was reached, in no order: AVisit(run index).
+  template <class TVisit>
+  void ForEachRun(TVisit&& AVisit) const;
 
  private:
   struct TArea {
@@ -60,12 +70,22 @@ class TAffectedRuns {
 
   bool Spread(std::vector<TArea>& APending);
   void Reach(uint32_t ARun, TRowSpan ARows, std::vector<TArea>& APending);
+  void NoteLink(uint32_t ARead, uint32_t AReader, const TPrecedentPattern& APattern);
   bool OrderGroup(const std::vector<uint32_t>& ARuns, TRunGroup& AGroup) const;
 
   const TDependencyRuns& FRuns;
+  bool FHasAll = false;  // every run with all its rows; FRows is empty then
   boost::unordered_flat_map<uint32_t, TRowSet> FRows;
   boost::unordered_flat_map<uint64_t, TLink> FLinks;  // read run << 32 | reading run
   size_t FSteps = 0;
 };
+
+template <class TVisit>
+void TAffectedRuns::ForEachRun(TVisit&& AVisit) const {
+  for (const auto& [run, rows] : FRows) AVisit(run);
+  for (uint32_t run = 0; FHasAll && run < FRuns.RunLimit(); ++run) {
+    if (!FRuns.Run(run).Rows.IsEmpty()) AVisit(run);
+  }
+}
 
 }  // namespace tessarine::detail

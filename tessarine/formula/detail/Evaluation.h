@@ -198,6 +198,12 @@ class TEvaluation {
   TFormulaArg EvalBranchArg(const TProgramFrame& AFrame, const TProgramNode& ANode);
   TFormulaArg EvalArrayFunction(const TProgramFrame& AFrame, const TProgramNode& ANode);
 
+  // ---- EvaluationDirectCalls.cpp
+  bool TryDirectCall(TCellId AId);
+  bool CallDirectly(const TProgramFrame& AFrame, TFormulaRecord& ARecord, TCellValue& AResult);
+  bool TryPutArg(const TProgramFrame& AFrame, const TProgramNode& ANode, TFormulaArg& AArg);
+  bool ReadReadyCell(int32_t ASheetIndex, int32_t ACol, int32_t ARow, TValueView& AValue);
+
   // ---- EvaluationLambdas.cpp
   static bool IsBindingForm(const TProgramNode& ANode);
   TFormulaArg EvalBindingForm(const TProgramFrame& AFrame, const TProgramNode& ANode);
@@ -231,6 +237,7 @@ class TEvaluation {
   TFormulaArg ReadCells(int32_t ASheetIndex, const TCellRange& ARange);
   TFormulaArg EvalCellArg(const TProgramFrame& AFrame, const TProgramNode& ANode);
   TFormulaArg EvalRangeArg(const TProgramFrame& AFrame, const TProgramNode& ANode);
+  bool TryViewRange(const TProgramFrame& AFrame, const TProgramNode& ANode, TFormulaArg& AArg);
   bool HasVisiting(const TWorksheet& ASheet, int32_t ASheetIndex, const TCellRange& ARange) const;
   void PullInside(int32_t ASheetIndex, const TCellRange& ARange);
 
@@ -273,7 +280,7 @@ class TEvaluation {
   // ---- EvaluationSpills.cpp
   void TellDependents(TCellId AAnchor, const TCellRange& ABlock);
   void ReleaseDeferred();
-  void MaterializeAsTable(TCellId AAnchor, TFormulaArg AResult);
+  void MaterializeAsTable(TCellId AAnchor, const TFormulaArg& AResult);
 
   TWorkbook& FWorkbook;
   size_t FActive = 0;  // calls from outside that are under way

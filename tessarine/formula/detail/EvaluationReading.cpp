@@ -129,6 +129,20 @@ TFormulaArg TEvaluation::EvalRangeArg(const TProgramFrame& AFrame, const TProgra
   return ReadRectangle(index, CutToUsed(*sheet, TCellRange{rect.Col, rect.Row, rect.Col2, rect.Row2}.Normalize()));
 }
 
+/// EvalRangeArg outside all evaluations under way but that of the frame's own cell, when it is a view for certain.
+bool TEvaluation::TryViewRange(const TProgramFrame& AFrame, const TProgramNode& ANode, TFormulaArg& AArg) {
+  const int32_t index = SheetOf(AFrame, ANode.SheetName);
+  const TWorksheet* sheet = index < 0 ? nullptr : SheetAt(index);
+  if (!sheet || !Options.RangeViews) return false;
+  const TRelativeRect rect = AFrame.RectOf(ANode);
+  const TCellRange range = CutToUsed(*sheet, TCellRange{rect.Col, rect.Row, rect.Col2, rect.Row2}.Normalize());
+  if (int64_t{range.Width()} * range.Height() > kMaxArrayCells) return false;
+  if (index == AFrame.SheetIndex && range.Contains(AFrame.Col, AFrame.Row)) return false;
+  if (!FDeferredCells.empty() || HasUncached(sheet->Store(), range)) return false;
+  AArg = TFormulaArg::FromView(*sheet, index, range.StartCol, range.StartRow, range.Height(), range.Width());
+  return true;
+}
+
 /// Whether a cell of the range is being evaluated. Asks the cells or those under evaluation, whichever are fewer.
 bool TEvaluation::HasVisiting(const TWorksheet& ASheet, int32_t ASheetIndex, const TCellRange& ARange) const {
   const auto isInside = [&](TCellId AId) {

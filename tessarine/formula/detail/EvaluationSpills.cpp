@@ -81,7 +81,7 @@ void TEvaluation::ApplySpill(TCellId AAnchor, TFormulaArg AResult) {
   const TActivity activity(*this);
   AResult.Materialize();
   if (AResult.AsTable) {
-    MaterializeAsTable(AAnchor, std::move(AResult));
+    MaterializeAsTable(AAnchor, AResult);
     return;
   }
   TWorksheet* sheet = SheetAt(AAnchor.Sheet());
@@ -113,7 +113,7 @@ void TEvaluation::ApplySpill(TCellId AAnchor, TFormulaArg AResult) {
 }
 
 /// Writes a result as plain cells under a sheet table; the anchor's formula is replaced by its result.
-void TEvaluation::MaterializeAsTable(TCellId AAnchor, TFormulaArg AResult) {
+void TEvaluation::MaterializeAsTable(TCellId AAnchor, const TFormulaArg& AResult) {
   TWorksheet* sheet = SheetAt(AAnchor.Sheet());
   if (!sheet) return;
   ++Stamp;

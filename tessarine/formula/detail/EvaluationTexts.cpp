@@ -82,6 +82,7 @@ TFormulaArg TEvaluation::EvaluateTextAt(std::u16string_view AFormula, int32_t AS
 }
 
 void TEvaluation::EvaluateFormulaCell(TCellId AId) {
+  if (TryDirectCall(AId)) return;
   const TActivity activity(*this);
   FArgs.MaterializeViews();
   if (StackUsed() > FStackLimit) {

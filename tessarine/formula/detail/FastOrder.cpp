@@ -1,6 +1,7 @@
 #include <tessarine/formula/detail/FastOrder.h>
 
 #include <algorithm>
+#include <span>
 #include <vector>
 
 #include <tessarine/core/lists/SheetTables.h>
@@ -67,8 +68,10 @@ struct TFastOrder::TState {
 
   bool ProgramIsPlain(const TProgram& AProgram) const;
   bool SpanIsPlain(const TDependencyRun& ARun, TRowSpan ARows, size_t& AUncached) const;
+  bool RunIsPlain(const TDependencyRun& ARun, std::span<const TRowSpan> ASpans, size_t& AUncached) const;
   bool MayRun(const TAffectedRuns& AAffected) const;
   void Evaluate(const TAffectedRuns& AAffected, const std::vector<TRunGroup>& AGroups);
+  void EvaluateRow(const TDependencyRun& ARun, int32_t ARow);
   void EvaluateSpan(const TDependencyRun& ARun, TRowSpan ARows, TDirection ADirection);
   void EvaluatePiece(const TDependencyRun& ARun, const TPiece& APiece, TDirection ADirection);
   void EvaluateGroup(const TAffectedRuns& AAffected, const TRunGroup& AGroup);
@@ -111,22 +114,28 @@ bool TFastOrder::TState::SpanIsPlain(const TDependencyRun& ARun, TRowSpan ARows,
   return ForEachFormula(Workbook.GetSheet(ARun.Sheet)->Store(), ARun.Col, ARows, visit);
 }
 
+bool TFastOrder::TState::RunIsPlain(const TDependencyRun& ARun, std::span<const TRowSpan> ASpans,
+                                    size_t& AUncached) const {
+  TWorksheet* sheet = Workbook.GetSheet(ARun.Sheet);
+  if (!sheet || !sheet->ChangesAreUnobserved()) return false;
+  const TSpillMap& spills = sheet->Spills();
+  return std::all_of(ASpans.begin(), ASpans.end(), [&](const TRowSpan& ASpan) {
+    const bool isFree = spills.IsEmpty() || spills.BlocksIn({ARun.Col, ASpan.First, ARun.Col, ASpan.Last}).empty();
+    return isFree && SpanIsPlain(ARun, ASpan, AUncached);
+  });
+}
+
 bool TFastOrder::TState::MayRun(const TAffectedRuns& AAffected) const {
   size_t lacking = 0;
   for (int32_t i = 0; i < Workbook.SheetCount(); ++i) lacking += Workbook.GetSheet(i)->Store().UncachedCount();
-  for (const auto& [index, rows] : AAffected.Rows()) {
-    const TDependencyRun& run = Runs.Run(index);
-    TWorksheet* sheet = Workbook.GetSheet(run.Sheet);
-    if (!sheet || !sheet->ChangesAreUnobserved()) return false;
+  bool isPlain = true;
+  AAffected.ForEachRun([&](uint32_t ARun) {
+    if (!isPlain) return;
     size_t uncached = 0;
-    for (const TRowSpan& span : rows.Spans()) {
-      if (!sheet->Spills().IsEmpty() && !sheet->Spills().BlocksIn({run.Col, span.First, run.Col, span.Last}).empty())
-        return false;
-      if (!SpanIsPlain(run, span, uncached)) return false;
-    }
+    isPlain = RunIsPlain(Runs.Run(ARun), AAffected.RowsOf(ARun), uncached);
     lacking -= std::min(lacking, uncached);
-  }
-  return lacking == 0;
+  });
+  return isPlain && lacking == 0;
 }
 
 std::vector<TPiece> TFastOrder::TState::PiecesOf(const TDependencyRun& ARun, TRowSpan ARows) const {
@@ -212,7 +221,16 @@ void TFastOrder::TState::EvaluatePiece(const TDependencyRun& ARun, const TPiece&
   }
 }
 
+/// EvaluateSpan for a single row, which no block takes.
+void TFastOrder::TState::EvaluateRow(const TDependencyRun& ARun, int32_t ARow) {
+  if (!Workbook.GetSheet(ARun.Sheet)->Store().FindRecord(ARun.Col, ARow)) return;
+  Interpreter.EvaluateFormulaCell(ARun.Sheet, ARun.Col, ARow);
+  NoteRows(1);
+  LastCell = TCellId::Of(ARun.Sheet, ARun.Col, ARow);
+}
+
 void TFastOrder::TState::EvaluateSpan(const TDependencyRun& ARun, TRowSpan ARows, TDirection ADirection) {
+  if (ARows.First == ARows.Last) return EvaluateRow(ARun, ARows.First);
   std::vector<TPiece> pieces = PiecesOf(ARun, ARows);
   if (ADirection == TDirection::diUp) std::reverse(pieces.begin(), pieces.end());
   for (const TPiece& piece : pieces) {
@@ -225,23 +243,23 @@ void TFastOrder::TState::EvaluateSpan(const TDependencyRun& ARun, TRowSpan ARows
 void TFastOrder::TState::EvaluateGroup(const TAffectedRuns& AAffected, const TRunGroup& AGroup) {
   struct TCursor {
     const TDependencyRun* Run;
-    const std::vector<TRowSpan>* Spans;
+    std::span<const TRowSpan> Spans;
     size_t At;
   };
   std::vector<TCursor> cursors;
   TRowSpan all{kMaxRow, 1};
   const bool upward = AGroup.Direction == TDirection::diUp;
   for (const uint32_t index : AGroup.Runs) {
-    const std::vector<TRowSpan>& spans = AAffected.Rows().find(index)->second.Spans();
-    cursors.push_back({&Runs.Run(index), &spans, upward ? spans.size() - 1 : 0});
+    const std::span<const TRowSpan> spans = AAffected.RowsOf(index);
+    cursors.push_back({&Runs.Run(index), spans, upward ? spans.size() - 1 : 0});
     all.First = std::min(all.First, spans.front().First);
     all.Last = std::max(all.Last, spans.back().Last);
   }
   for (int32_t i = 0; i <= all.Last - all.First; ++i) {
     const int32_t row = upward ? all.Last - i : all.First + i;
     for (TCursor& cursor : cursors) {
-      if (cursor.At >= cursor.Spans->size()) continue;
-      const TRowSpan& span = (*cursor.Spans)[cursor.At];
+      if (cursor.At >= cursor.Spans.size()) continue;
+      const TRowSpan& span = cursor.Spans[cursor.At];
       if (row < span.First || row > span.Last) continue;
       if (Workbook.GetSheet(cursor.Run->Sheet)->Store().FindRecord(cursor.Run->Col, row)) {
         Interpreter.EvaluateFormulaCell(cursor.Run->Sheet, cursor.Run->Col, row);
@@ -262,11 +280,16 @@ void TFastOrder::TState::Evaluate(const TAffectedRuns& AAffected, const std::vec
       continue;
     }
     const TDependencyRun& run = Runs.Run(group.Runs.front());
-    const std::vector<TRowSpan>& spans = AAffected.Rows().find(group.Runs.front())->second.Spans();
+    const std::span<const TRowSpan> spans = AAffected.RowsOf(group.Runs.front());
     for (size_t i = 0; i < spans.size(); ++i)
       EvaluateSpan(run, spans[group.Direction == TDirection::diUp ? spans.size() - 1 - i : i], group.Direction);
   }
-  for (const auto& [index, rows] : AAffected.Rows()) Workbook.GetSheet(Runs.Run(index).Sheet)->NoteBulkChange();
+  int32_t noted = -1;
+  AAffected.ForEachRun([&](uint32_t ARun) {
+    const int32_t sheet = Runs.Run(ARun).Sheet;
+    if (sheet != noted) Workbook.GetSheet(sheet)->NoteBulkChange();
+    noted = sheet;
+  });
 }
 
 TFastOrder::TFastOrder(TWorkbook& AWorkbook, TInterpreter& AInterpreter, TDependencyRuns& ARuns)
@@ -308,12 +331,10 @@ bool TFastOrder::TryRecalculateAll(const TWorkControl& AControl) {
   state.RowsInAll = 0;
   for (uint32_t run = 0; run < state.Runs.RunLimit(); ++run) {
     const TRowSpan& rows = state.Runs.Run(run).Rows;
-    if (rows.IsEmpty()) continue;
-    state.RowsInAll += rows.Last - rows.First + 1;
-    if (!affected.Add(run, rows)) return false;
+    if (!rows.IsEmpty()) state.RowsInAll += rows.Last - rows.First + 1;
   }
   std::vector<TRunGroup> groups;
-  if (!affected.Order(groups) || !state.MayRun(affected)) return false;
+  if (!affected.AddAll() || !affected.Order(groups) || !state.MayRun(affected)) return false;
   state.Control = &AControl;
   state.Evaluate(affected, groups);
   state.Control = nullptr;

@@ -35,6 +35,7 @@ struct TEvaluationOptions {
   bool RangeIndexes = true;     // false: lookups and criteria scan
   bool NumericLambdas = true;   // false: every call of a closure binds its parameters and walks its body
   bool BlockEvaluation = true;  // false: cell by cell
+  bool DirectCalls = true;      // false: every call at a root goes through the frame of a reader
   bool FastOrder = true;        // false: every recalculation goes by Kahn's algorithm over cells
   bool NestPulls = true;  // false: a cell that lacks a result always waits for the one it reads, as in deep chains
 };

@@ -108,6 +108,11 @@ class TProgram final : public TFormulaProgram {
   /// A range that spans all rows or columns at the cell the program was compiled at. One whose two ends move
   /// differently (A$1:A9) may span them at other cells: users of the rectangle test what they get.
   bool HasWholeLines = false;
+  /// The root calls the body of a function that is a mapping from arguments to a value, and no argument of it has
+  /// anything to evaluate but arithmetic. Unlike the flags above a promise when true.
+  bool IsDirectCall = false;
+
+  mutable std::vector<TFormulaArg> CallArgs;  // of a direct call, kept from one evaluation to the next
 
   const TProgramNode& Root() const { return Nodes.back(); }
   const TProgramNode& Child(const TProgramNode& ANode, uint32_t AIndex) const {

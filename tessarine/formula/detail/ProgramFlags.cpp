@@ -170,6 +170,38 @@ bool MayRootSpill(const TProgram& AProgram) {
   return false;
 }
 
+/// Long literals count among the cells that arguments hold at one time, which only the plain way does.
+bool IsShortLiteral(const TProgramNode& ANode) {
+  constexpr size_t kShort = 512;
+  const bool isOther = ANode.Kind == ankNumber || ANode.Kind == ankBool || ANode.Kind == ankError;
+  return isOther || (ANode.Kind == ankString && ANode.Text.Length() <= kShort);
+}
+
+/// Arguments that the direct call knows. A sign alone, unlike arithmetic, leaves a cell its place; only with a minus is
+/// it a number in every case.
+bool IsDirectArg(const TProgramNode& ANode) {
+  switch (ANode.Kind) {
+    case ankCellRef:
+    case ankSheetRef:
+    case ankRange: return true;
+    case ankUnary: return ANode.Op == opMinus;
+    case ankBinary: return ANode.Op <= opPow;
+    default: return IsShortLiteral(ANode);
+  }
+}
+
+bool IsDirect(const TProgram& AProgram) {
+  const TProgramNode& root = AProgram.Root();
+  const bool isCall = root.Kind == ankFunc && root.ChildCount > 0 && root.Special == TSpecialForm::sfNone &&
+                      root.Function && root.Function->Body &&
+                      (root.Function->Tier == ftrBasic || root.Function->Tier == ftrExtra);
+  if (!isCall || AProgram.HasOrderEffects || AProgram.ReadsUntracked) return false;
+  for (uint32_t i = 0; i < root.ChildCount; ++i) {
+    if (!IsDirectArg(AProgram.Child(root, i))) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 void FindProgramFlags(TProgram& AProgram, int32_t ACol, int32_t ARow) {
@@ -189,6 +221,7 @@ void FindProgramFlags(TProgram& AProgram, int32_t ACol, int32_t ARow) {
   AProgram.ReadsPosition |= AProgram.Root().Kind == ankTableRef;
   AProgram.ReadsUntracked |= hasArrays && HasReferencesInArrays(AProgram);
   AProgram.MaySpill = MayRootSpill(AProgram);
+  AProgram.IsDirectCall = IsDirect(AProgram);
 }
 
 }  // namespace tessarine::detail

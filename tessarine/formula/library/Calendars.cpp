@@ -48,6 +48,8 @@ int32_t WholeMonths(const TDay& AStart, const TDay& AEnd) {
   return (AEnd.Year - AStart.Year) * 12 + AEnd.Month - AStart.Month - (AEnd.Day < AStart.Day ? 1 : 0);
 }
 
+int32_t WholeYears(const TDay& AStart, const TDay& AEnd) { return WholeMonths(AStart, AEnd) / 12; }
+
 /// Days since the last day that lies AMonths whole months behind AStart.
 double DaysBeyond(const TDay& AStart, const TDay& AEnd, int32_t AMonths) {
   const auto last = MonthsAfter(AStart, AMonths);
@@ -60,7 +62,7 @@ struct TDifferenceUnit {
 };
 
 constexpr TDifferenceUnit kDifferenceUnits[] = {
-    {u"Y", [](const TDay& AStart, const TDay& AEnd) -> double { return WholeMonths(AStart, AEnd) / 12; }},
+    {u"Y", [](const TDay& AStart, const TDay& AEnd) -> double { return WholeYears(AStart, AEnd); }},
     {u"M", [](const TDay& AStart, const TDay& AEnd) -> double { return WholeMonths(AStart, AEnd); }},
     {u"D", [](const TDay& AStart, const TDay& AEnd) -> double { return AEnd.Serial - AStart.Serial; }},
     {u"YM", [](const TDay& AStart, const TDay& AEnd) -> double { return WholeMonths(AStart, AEnd) % 12; }},
@@ -96,7 +98,9 @@ int32_t DayOfYear(const TDay& ADay) {
 double IsoWeek(double ADate) {
   const auto day = DayAt(ADate);
   const auto thursday = day ? DayAt(day->Serial - WeekdayOf(*day) + 3) : std::nullopt;
-  return thursday ? (DayOfYear(*thursday) - 1) / 7 + 1 : kOutsideDomain;
+  if (!thursday) return kOutsideDomain;
+  const int32_t weeksBefore = (DayOfYear(*thursday) - 1) / 7;
+  return weeksBefore + 1;
 }
 
 /// The first day of the week of a type, 0 for Monday; nothing for other types.
@@ -115,7 +119,8 @@ double WeekOfYear(const TNumbers<2>& ANumbers) {
   const auto start = WeekStartOf(type);
   if (!day || !start) return kOutsideDomain;
   const int32_t inWeek = (WeekdayOf(*day) - *start + 7) % 7;
-  return (DayOfYear(*day) - 1 - inWeek + 6) / 7 + 1;
+  const int32_t weeksBefore = (DayOfYear(*day) - 1 - inWeek + 6) / 7;
+  return weeksBefore + 1;
 }
 
 // Working days --------------------------------------------------------------------------------------------------------

@@ -21,6 +21,7 @@ struct TDatedAmount {
 
 /// The numbers of an argument, blanks left out; false when a value is none.
 bool ReadSeries(const TFormulaArg& AArg, std::vector<double>& ANumbers) {
+  ANumbers.reserve(static_cast<size_t>(std::min<int64_t>(AArg.CellCount(), 1024)));
   return ForEachNonBlank(AArg, [&](int64_t, const TValueView& AValue) {
     double number = 0;
     if (!AsNumber(AValue, number)) return false;

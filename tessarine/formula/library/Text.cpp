@@ -257,7 +257,17 @@ TCellValue SubstituteOne(const TArgText& AText, std::u16string_view AOld, std::u
   return Spliced(view.substr(0, at), ANew, view.substr(at + AOld.size()));
 }
 
+/// SubstituteAll of one unit by one: the places are the same ones, and nothing moves.
+TCellValue SubstituteUnit(const TArgText& AText, char16_t AOld, char16_t ANew) {
+  const std::u16string_view view = AText.View();
+  if (view.find(AOld) == view.npos) return AText.Whole();
+  if (view.size() > kMaxGeneratedText) return ValueError();
+  return TextOf(TText::Build(view.size(),
+                             [&](char16_t* AOut) { std::replace_copy(view.begin(), view.end(), AOut, AOld, ANew); }));
+}
+
 TCellValue SubstituteAll(const TArgText& AText, std::u16string_view AOld, std::u16string_view ANew) {
+  if (AOld.size() == 1 && ANew.size() == 1) return SubstituteUnit(AText, AOld[0], ANew[0]);
   const std::u16string_view view = AText.View();
   TTextSearch search(AOld, tcsExact);
   const size_t first = search.Find(view, 0);

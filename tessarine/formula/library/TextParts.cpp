@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -143,7 +144,8 @@ TFoundDelimiter FindCut(TCutCall ACall) {
   if (ACall.Instance > 0) return FindOrdinal(ACall, ACall.Instance);
   std::reverse(ACall.Text.begin(), ACall.Text.end());
   for (std::u16string& delimiter : ACall.Delimiters) std::reverse(delimiter.begin(), delimiter.end());
-  TFoundDelimiter found = FindOrdinal(ACall, -ACall.Instance);
+  // In an empty text an instance of any size is asked for.
+  TFoundDelimiter found = FindOrdinal(ACall, -std::max(ACall.Instance, -std::numeric_limits<int64_t>::max()));
   if (found.IsFound()) found.Place = ACall.Text.size() - found.End();
   return found;
 }

@@ -1,6 +1,7 @@
 #include <tessarine/formula/library/detail/ArgReading.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -126,6 +127,28 @@ bool WalkColumnNumbers(const TWalkArea& AArea, TNumberCollector& ACollector) {
     const TCellSlot* const end = tile->Slots() + RankBehind(*tile, rows.Last);
     for (; slot != end; ++slot) {
       if (!ACollector.Slot(*slot)) return false;
+    }
+  }
+  return true;
+}
+
+/// The same for collectors that need the index. Unlike the strips, of which a column is a special case, it has no list
+/// of columns to make.
+bool WalkColumnValues(const TWalkArea& AArea, TValueCollector& ACollector) {
+  const int32_t limit = std::min((AArea.LastRow - 1) / kTileRows + 1, AArea.Store.TileLimit(AArea.FirstCol));
+  for (int32_t index = (AArea.FirstRow - 1) / kTileRows; index < limit; ++index) {
+    const TTile* tile = AArea.Store.FindTile(AArea.FirstCol, index);
+    if (!tile) continue;
+    const TTileRows rows = RowsInTile(index, AArea.FirstRow, AArea.LastRow);
+    const int64_t base = AArea.IndexOf(AArea.FirstCol, index * kTileRows + 1);
+    const TCellSlot* slot = tile->Slots() + tile->Rank(rows.First);
+    for (uint32_t word = rows.First / 64; word <= rows.Last / 64; ++word) {
+      uint64_t bits = tile->Occupied[word];
+      if (word == rows.First / 64) bits &= ~uint64_t{0} << (rows.First % 64);
+      if (word == rows.Last / 64) bits &= ~uint64_t{0} >> (63 - rows.Last % 64);
+      for (; bits != 0; bits &= bits - 1) {
+        if (!ACollector.Slot(base + word * 64 + std::countr_zero(bits), *slot++)) return false;
+      }
     }
   }
   return true;
@@ -326,7 +349,9 @@ bool WalkViewValues(const TFormulaArg& AView, int32_t AFirstRow, int32_t ARowCou
   if (ARowCount <= 0 || AView.CellCount() <= 0) return true;
   const TWalkArea area = AreaOf(AView, AFirstRow, ARowCount);
   TValueCollector collector(area.Store, ASink);
-  return WalkArea(area, BlocksIn(area), collector);
+  std::vector<const TSpillRange*> blocks = BlocksIn(area);
+  if (AView.ColCount == 1 && blocks.empty()) return WalkColumnValues(area, collector) && collector.Flush();
+  return WalkArea(area, std::move(blocks), collector);
 }
 
 bool WalkViewNumbers(const TFormulaArg& AView, TBatchSink<double> ASink) {

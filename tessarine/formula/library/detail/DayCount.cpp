@@ -46,8 +46,9 @@ bool TDay::IsMonthEnd() const { return Day == DaysInMonth(Year, Month); }
 
 std::optional<TDay> DayAt(double ASerial) {
   const TDateParts date = DecodeDate(ASerial);
-  double serial = 0;
-  if (!TryEncodeDate(date.Year, date.Month, date.Day, serial)) return {};
+  double serial = ASerial;  // of a whole day
+  if (date.Year == 0) return {};
+  if (ASerial != std::floor(ASerial) && !TryEncodeDate(date.Year, date.Month, date.Day, serial)) return {};
   return TDay{static_cast<int32_t>(serial), date.Year, date.Month, date.Day};
 }
 
