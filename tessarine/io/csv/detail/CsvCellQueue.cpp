@@ -16,7 +16,9 @@ constexpr size_t kAhead = 32;  // cells whose texts are looked for side by side,
 }  // namespace
 
 TCsvCellQueue::TCsvCellQueue(TCsvTextCache& ACache, TCellStore& AStore, bool AOnTwoThreads)
-    : FCache(ACache), FStore(AStore), FOnTwoThreads(AOnTwoThreads) {}
+    : FCache(ACache), FStore(AStore), FOnTwoThreads(AOnTwoThreads) {
+  FFilling->Cells.reset(new TEntry[kBatchCells]);
+}
 
 TCsvCellQueue::~TCsvCellQueue() {
   if (!FWorker.joinable()) return;
@@ -27,23 +29,29 @@ TCsvCellQueue::~TCsvCellQueue() {
 }
 
 void TCsvCellQueue::Settle() {
-  if (!FFilling->Cells.empty()) Give();
+  if (FFilling->Count > 0) Give();
   for (uint32_t stored = FStored; stored != FGiven; stored = FStored) FStored.wait(stored);
   if (FError) std::rethrow_exception(std::exchange(FError, nullptr));
 }
 
 /// The batch that is filled goes its way, and an empty one takes its place.
 void TCsvCellQueue::Give() {
-  FGivenCells += FFilling->Cells.size();
+  FGivenCells += FFilling->Count;
   if (FOnTwoThreads && (FWorker.joinable() || TryStart())) return PassOn();
   FOnTwoThreads = false;
-  TBatch& full = FRing[1];
-  full.Clear();
-  std::swap(full, *FFilling);
-  Store(full);
+  try {
+    Store(*FFilling);
+  } catch (...) {
+    FFilling->Clear();
+    throw;
+  }
+  FFilling->Clear();
 }
 
 bool TCsvCellQueue::TryStart() {
+  for (TBatch& batch : FRing) {
+    if (!batch.Cells) batch.Cells.reset(new TEntry[kBatchCells]);
+  }
   try {
     FWorker = std::thread([this] { Work(); });
     return true;
@@ -55,7 +63,9 @@ bool TCsvCellQueue::TryStart() {
 void TCsvCellQueue::PassOn() {
   const uint32_t given = FGiven.fetch_add(1) + 1;
   FGiven.notify_one();
-  for (uint32_t stored = FStored; given - stored == kBatches; stored = FStored) FStored.wait(stored);
+  if (given - FStored == kBatches) {  // full: two at a time, since to fall asleep and wake up is dear
+    for (uint32_t stored = FStored; given - stored > kBatches / 2; stored = FStored) FStored.wait(stored);
+  }
   FFilling = &FRing[given % kBatches];
 }
 
@@ -79,15 +89,15 @@ void TCsvCellQueue::Store(const TBatch& ABatch) {
   std::array<std::string_view, kAhead> texts;
   std::array<uint64_t, kAhead> hashes;
   size_t textStart = 0;
-  for (size_t first = 0; first < ABatch.Cells.size(); first += kAhead) {
-    const auto cells = std::span(ABatch.Cells).subspan(first, std::min(kAhead, ABatch.Cells.size() - first));
+  for (size_t first = 0; first < ABatch.Count; first += kAhead) {
+    const auto cells = ABatch.Filled().subspan(first, std::min(kAhead, ABatch.Count - first));
     size_t count = 0;
     for (const TEntry& cell : cells) {
       if (!cell.IsText) continue;
       texts[count] = std::string_view(ABatch.Bytes).substr(textStart, cell.TextEnd - textStart);
       textStart = cell.TextEnd;
       hashes[count] = 0;
-      if (FCache.IsLookedUp(texts[count], static_cast<size_t>(cell.Col - 1))) {
+      if (FCache.IsLookedUp(texts[count], size_t{cell.Col} - 1)) {
         hashes[count] = TCsvTextCache::HashOf(texts[count]);
         FCache.FetchBucket(hashes[count]);
       }
@@ -97,7 +107,7 @@ void TCsvCellQueue::Store(const TBatch& ABatch) {
     size_t next = 0;
     for (const TEntry& cell : cells) {
       if (cell.IsText) {
-        TText text = FCache.TextOf(texts[next], static_cast<size_t>(cell.Col - 1), hashes[next]);
+        TText text = FCache.TextOf(texts[next], size_t{cell.Col} - 1, hashes[next]);
         FStore.SetText(cell.Col, cell.Row, std::move(text), 0);
         ++next;
       } else {

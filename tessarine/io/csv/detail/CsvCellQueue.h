@@ -5,11 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
+#include <tessarine/core/values/Address.h>
 #include <tessarine/io/csv/detail/CsvValues.h>
 
 namespace tessarine::detail {
@@ -31,47 +33,61 @@ class TCsvCellQueue {
   static bool HasSecondProcessor() { return std::thread::hardware_concurrency() > 1; }
 
   void AddNumber(int32_t ACol, int32_t ARow, double ANumber) {
-    FFilling->Cells.push_back({.Number = ANumber, .TextEnd = 0, .Col = ACol, .Row = ARow, .IsText = false});
-    if (FFilling->Cells.size() == kBatchCells) Give();
+    TEntry& entry = Add(ACol, ARow, false);
+    entry.Number = ANumber;
+    if (FFilling->Count == kBatchCells) Give();
   }
 
   /// Takes a copy of a text in UTF-8.
   void AddText(int32_t ACol, int32_t ARow, std::string_view AText) {
     FFilling->Bytes += AText;
-    const size_t end = FFilling->Bytes.size();
-    FFilling->Cells.push_back({.Number = 0, .TextEnd = end, .Col = ACol, .Row = ARow, .IsText = true});
-    if (FFilling->Cells.size() == kBatchCells || end >= kBatchBytes) Give();
+    TEntry& entry = Add(ACol, ARow, true);
+    entry.TextEnd = FFilling->Bytes.size();
+    if (FFilling->Count == kBatchCells || entry.TextEnd >= kBatchBytes) Give();
   }
 
   /// How many cells were added.
-  size_t Count() const { return FGivenCells + FFilling->Cells.size(); }
+  size_t Count() const { return FGivenCells + FFilling->Count; }
 
   /// Returns when all cells are in the store. Throws what storing them threw.
   void Settle();
 
  private:
-  static constexpr size_t kBatchCells = 4096;
-  static constexpr size_t kBatchBytes = size_t{64} * 1024;
+  static constexpr size_t kBatchCells = 8192;
+  static constexpr size_t kBatchBytes = size_t{128} * 1024;
   static constexpr uint32_t kBatches = 4;
 
   struct TEntry {
-    double Number;
-    size_t TextEnd;  // in the batch's bytes; the text begins where the one before it ends
-    int32_t Col;
+    union {
+      double Number;
+      size_t TextEnd;  // in the batch's bytes; the text begins where the one before it ends
+    };
     int32_t Row;
+    uint16_t Col;
     bool IsText;
   };
+  static_assert(sizeof(TEntry) == 16 && kMaxCol <= 0xFFFF);
+
   struct TBatch {
-    std::vector<TEntry> Cells;
+    std::unique_ptr<TEntry[]> Cells;  // kBatchCells of them, the first Count are set
+    size_t Count = 0;
     std::string Bytes;
     bool IsEnd = false;  // nothing comes any more
 
+    std::span<const TEntry> Filled() const { return {Cells.get(), Count}; }
     void Clear() {
-      Cells.clear();
+      Count = 0;
       Bytes.clear();
     }
   };
 
+  TEntry& Add(int32_t ACol, int32_t ARow, bool AIsText) {
+    TEntry& entry = FFilling->Cells[FFilling->Count++];
+    entry.Row = ARow;
+    entry.Col = static_cast<uint16_t>(ACol);
+    entry.IsText = AIsText;
+    return entry;
+  }
   void Give();
   bool TryStart();
   void PassOn();
