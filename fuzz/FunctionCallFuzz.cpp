@@ -140,7 +140,7 @@ class TArguments {
     const auto rows = static_cast<int32_t>(Digit(AWord, 1) % 10);
     const auto cols = static_cast<int32_t>(Digit(AWord, 2) % 10);
     std::vector<TCellValue> cells;
-    for (size_t i = 0; i < static_cast<size_t>(rows * cols); ++i) {
+    for (size_t i = 0; i < static_cast<size_t>(rows) * static_cast<size_t>(cols); ++i) {
       const size_t unit = Digit(AWord, 3 + i);
       if (unit == 0) {
         cells.push_back(TCellValue::FromNumber(static_cast<double>(i) - 2.0));

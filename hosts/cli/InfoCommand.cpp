@@ -196,6 +196,7 @@ int RunInfo(const TArguments& AArguments, TSession& ASession) {
   ASession.Load(withoutRecalculation);
   if (!AArguments.NoRecalc && ASession.LacksResults()) ASession.Recalculate();
   std::vector<TSheetFacts> sheets;
+  sheets.reserve(static_cast<size_t>(ASession.Workbook().SheetCount()));
   for (int32_t i = 0; i < ASession.Workbook().SheetCount(); ++i)
     sheets.push_back(FactsOf(ASession.Workbook(), *ASession.Workbook().GetSheet(i)));
   (AArguments.Json ? PutJson : PutText)(AArguments, ASession, sheets);

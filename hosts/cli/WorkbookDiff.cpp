@@ -243,6 +243,7 @@ int64_t DiffSheetFeatures(const TCellReader& AFirst, const TCellReader& ASecond,
 
 std::vector<std::string> SheetNames(const TWorkbook& AWorkbook) {
   std::vector<std::string> names;
+  names.reserve(static_cast<size_t>(AWorkbook.SheetCount()));
   for (int32_t i = 0; i < AWorkbook.SheetCount(); ++i) names.push_back(AWorkbook.GetSheet(i)->Name().ToUtf8());
   return names;
 }

@@ -140,7 +140,7 @@ void TDataValidationList::AddNamedPrompt(TText AName, TText APrompt, TText ATitl
   rule->ShowInputMessage = AShow;
 }
 
-void TDataValidationList::BindNameToRange(TText AName, const TCellRange& ARange) {
+void TDataValidationList::BindNameToRange(const TText& AName, const TCellRange& ARange) {
   if (!FindNamed(AName)) AddNamedPrompt(AName, TText(), TText(), true);
   if (TDataValidationRule* rule = AName.IsEmpty() ? &FRules.back() : FindNamed(AName)) rule->Ranges.push_back(ARange);
   DropIndex();

@@ -95,7 +95,7 @@ class TESSARINE_API TDataValidationList {
   /// Sets the prompt of the rule of that name, or adds one without a restriction.
   void AddNamedPrompt(TText AName, TText APrompt, TText ATitle, bool AShow);
   /// Adds a range to the rule of that name, which is made when there is none.
-  void BindNameToRange(TText AName, const TCellRange& ARange);
+  void BindNameToRange(const TText& AName, const TCellRange& ARange);
 
   bool IsEmpty() const { return FRules.empty(); }
   size_t Count() const { return FRules.size(); }

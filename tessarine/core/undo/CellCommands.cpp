@@ -52,8 +52,8 @@ void TCellEditCommand::Undo() {
 TText TCellEditCommand::Description() const { return u"Edit cell " + FAddress.ToA1(); }
 
 TMultiCellEditCommand::TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex,
-                                             std::vector<TCellSnapshot> AOldCells, std::vector<TCellSnapshot> ANewCells,
-                                             TText ADescription)
+                                             const std::vector<TCellSnapshot>& AOldCells,
+                                             const std::vector<TCellSnapshot>& ANewCells, TText ADescription)
     : TMultiCellEditCommand(AWorkbook, ASheetIndex, BatchOf(AOldCells), BatchOf(ANewCells), std::move(ADescription)) {}
 
 TMultiCellEditCommand::TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, detail::TCellBatch AOldCells,

@@ -64,8 +64,8 @@ class TESSARINE_API TCellEditCommand final : public TSheetCommand {
 /// Several cells as one step; both directions write their cells in the order given.
 class TESSARINE_API TMultiCellEditCommand final : public TSheetCommand {
  public:
-  TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, std::vector<TCellSnapshot> AOldCells,
-                        std::vector<TCellSnapshot> ANewCells, TText ADescription);
+  TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, const std::vector<TCellSnapshot>& AOldCells,
+                        const std::vector<TCellSnapshot>& ANewCells, TText ADescription);
   /// The same for the engine's own edits, which may be large.
   TMultiCellEditCommand(TWorkbook& AWorkbook, int32_t ASheetIndex, detail::TCellBatch AOldCells,
                         detail::TCellBatch ANewCells, TText ADescription);

@@ -107,8 +107,8 @@ TCell TCellStore::Get(int32_t ACol, int32_t ARow) const {
 size_t TCellStore::BytesUsed() const {
   size_t bytes = sizeof *this + FArena.BytesReserved();
   bytes += FColumns.capacity() * sizeof(TTileColumn);
-  for (const TTileColumn& column : FColumns) bytes += column.PageCount * sizeof(TTilePage*);
-  bytes += FRecordPages.capacity() * sizeof(TFormulaRecord*) + FFreeRecords.capacity() * sizeof(uint32_t);
+  for (const TTileColumn& column : FColumns) bytes += column.PageCount * sizeof(void*);
+  bytes += FRecordPages.capacity() * sizeof(void*) + FFreeRecords.capacity() * sizeof(uint32_t);
   bytes += FExtras.bucket_count() * (sizeof(std::pair<uint64_t, TCellExtras>) + 1);
   bytes += FOverrides.bucket_count() * (sizeof(std::shared_ptr<const TCellFormat>) + 1);
   bytes += FOverrides.size() * sizeof(TCellFormat);

@@ -274,7 +274,8 @@ void TCellStore::MoveColumns(const TLineMap& AMap) {
     for (int32_t col = stretch.First; col <= last; ++col) {
       TTileColumn& column = FColumns[static_cast<size_t>(col - 1)];
       if (column.TileLimit == 0) continue;
-      columns.resize(static_cast<size_t>(col + stretch.Distance()));
+      const int32_t count = col + stretch.Distance();
+      columns.resize(static_cast<size_t>(count));
       columns.back() = std::move(column);
       column = TTileColumn();
     }

@@ -21,7 +21,8 @@ double ScaleExactly(double ACount, double AFactor, double ADivisor) {
   const uint64_t common = std::gcd(count, divisor);
   count /= common;
   divisor /= common;
-  return static_cast<double>(count) * static_cast<double>(static_cast<uint64_t>(AFactor) / divisor);
+  const uint64_t factor = static_cast<uint64_t>(AFactor) / divisor;
+  return static_cast<double>(count) * static_cast<double>(factor);
 }
 
 }  // namespace

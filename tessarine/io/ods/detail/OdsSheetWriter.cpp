@@ -66,6 +66,7 @@ void TOdsSheetWriter::BuildMerges() {
     FContext.Options.Report->Add("merged area", ffDropped, FSheetName, FMerges.size() - taken.size(),
                                  "it meets another one");
   std::vector<TOdsLayer::TRect> rects;
+  rects.reserve(taken.size());
   for (const uint32_t id : taken) rects.emplace_back(id, FMerges[id]);
   FLayers[lnMerges] = TOdsLayer(std::move(rects), true);
 }

@@ -23,7 +23,7 @@ void BeginAttribute(std::string_view AName, std::string& AOut) {
 constexpr std::array<bool, 128> MakePlainUnits() {
   std::array<bool, 128> plain = {};
   for (size_t unit = 32; unit < 127; ++unit) plain[unit] = true;
-  for (const char unit : {'&', '<', '>', '"', '_'}) plain[static_cast<size_t>(unit)] = false;
+  for (const unsigned char unit : {'&', '<', '>', '"', '_'}) plain[unit] = false;
   return plain;
 }
 constexpr std::array<bool, 128> kPlainUnits = MakePlainUnits();

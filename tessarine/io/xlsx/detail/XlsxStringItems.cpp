@@ -21,13 +21,11 @@ void TXlsxStringItemReader::Read() {
   if (hasText) FText = XlsxText(text);
   for (TXmlEvent event = FReader.Next(); event != xeEndElement && event != xeEnd; event = FReader.Next()) {
     if (event != xeStartElement) continue;
-    if (hasText) {
-      FReader.SkipElement();
-    } else if (XlsxIsElement(FReader, "t")) {
+    if (!hasText && XlsxIsElement(FReader, "t")) {
       hasText = true;
       ReadXlsxText(FReader, FBuffer);
       FText = XlsxText(FBuffer);
-    } else if (FReader.LocalNameIs("r")) {
+    } else if (!hasText && FReader.LocalNameIs("r")) {
       ReadRun();
     } else {
       FReader.SkipElement();

@@ -57,7 +57,7 @@ TText OperandText(std::string_view AText) {
   const std::u16string_view trimmed = TrimSpaces(text);
   std::u16string unwrapped = UnwrapXlUdfDummyFunction(trimmed);
   if (unwrapped != trimmed) unwrapped.erase(0, unwrapped.starts_with(u'=') ? 1 : 0);
-  return TText(std::move(unwrapped));
+  return TText(unwrapped);
 }
 
 /// A literal list with each quote in it once, as the list shows it. Anything else as it is.

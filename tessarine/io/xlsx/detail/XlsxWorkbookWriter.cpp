@@ -62,6 +62,7 @@ double UniversalNow() {
 
 std::vector<int32_t> NumbersOf(const std::vector<TXlsxTable>& ATables) {
   std::vector<int32_t> numbers;
+  numbers.reserve(ATables.size());
   for (const TXlsxTable& table : ATables) numbers.push_back(table.Number);
   return numbers;
 }
