@@ -73,9 +73,9 @@ else()
     target_link_options(tessarine_build_options INTERFACE ${TESSARINE_SANITIZE_FLAGS})
   endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    if(TESSARINE_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL "Release")
-      # Instrumented code, and deep inlining of the standard strings, confuse these flow analyses of g++ 12; the
-      # development builds keep them.
+    if(TESSARINE_SANITIZE OR TESSARINE_UNITY OR TESSARINE_PCH OR CMAKE_BUILD_TYPE STREQUAL "Release")
+      # Instrumented code, and deep inlining of the standard strings, confuse these flow analyses of g++ 12; development
+      # builds that compile each source by itself keep them.
       target_compile_options(tessarine_build_options INTERFACE
         -Wno-maybe-uninitialized -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread -Wno-restrict
         -Wno-nonnull -Wno-null-dereference -Wno-tsan)
