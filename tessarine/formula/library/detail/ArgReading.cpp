@@ -115,43 +115,47 @@ size_t RankBehind(const TTile& ATile, uint32_t ARow) {
   return ARow + 1 == static_cast<uint32_t>(kTileRows) ? ATile.Count : ATile.Rank(ARow + 1);
 }
 
-/// One column without spilled values: the packed slots of each tile, one after the other. Only for collectors that
-/// need no index.
-bool WalkColumnNumbers(const TWalkArea& AArea, TNumberCollector& ACollector) {
+/// The tiles of the area's first column downward: AVisit(const TTile&, int32_t tileIndex, TTileRows), which ends the
+/// walk by false.
+template <class TVisit>
+bool WalkColumnTiles(const TWalkArea& AArea, TVisit&& AVisit) {
   const int32_t limit = std::min((AArea.LastRow - 1) / kTileRows + 1, AArea.Store.TileLimit(AArea.FirstCol));
   for (int32_t index = (AArea.FirstRow - 1) / kTileRows; index < limit; ++index) {
     const TTile* tile = AArea.Store.FindTile(AArea.FirstCol, index);
-    if (!tile) continue;
-    const TTileRows rows = RowsInTile(index, AArea.FirstRow, AArea.LastRow);
-    const TCellSlot* slot = tile->Slots() + tile->Rank(rows.First);
-    const TCellSlot* const end = tile->Slots() + RankBehind(*tile, rows.Last);
+    if (tile && !AVisit(*tile, index, RowsInTile(index, AArea.FirstRow, AArea.LastRow))) return false;
+  }
+  return true;
+}
+
+/// One column without spilled values: the packed slots of each tile, one after the other. Only for collectors that
+/// need no index.
+bool WalkColumnNumbers(const TWalkArea& AArea, TNumberCollector& ACollector) {
+  return WalkColumnTiles(AArea, [&](const TTile& ATile, int32_t, TTileRows ARows) {
+    const TCellSlot* slot = ATile.Slots() + ATile.Rank(ARows.First);
+    const TCellSlot* const end = ATile.Slots() + RankBehind(ATile, ARows.Last);
     for (; slot != end; ++slot) {
       if (!ACollector.Slot(*slot)) return false;
     }
-  }
-  return true;
+    return true;
+  });
 }
 
 /// The same for collectors that need the index. Unlike the strips, of which a column is a special case, it has no list
 /// of columns to make.
 bool WalkColumnValues(const TWalkArea& AArea, TValueCollector& ACollector) {
-  const int32_t limit = std::min((AArea.LastRow - 1) / kTileRows + 1, AArea.Store.TileLimit(AArea.FirstCol));
-  for (int32_t index = (AArea.FirstRow - 1) / kTileRows; index < limit; ++index) {
-    const TTile* tile = AArea.Store.FindTile(AArea.FirstCol, index);
-    if (!tile) continue;
-    const TTileRows rows = RowsInTile(index, AArea.FirstRow, AArea.LastRow);
-    const int64_t base = AArea.IndexOf(AArea.FirstCol, index * kTileRows + 1);
-    const TCellSlot* slot = tile->Slots() + tile->Rank(rows.First);
-    for (uint32_t word = rows.First / 64; word <= rows.Last / 64; ++word) {
-      uint64_t bits = tile->Occupied[word];
-      if (word == rows.First / 64) bits &= ~uint64_t{0} << (rows.First % 64);
-      if (word == rows.Last / 64) bits &= ~uint64_t{0} >> (63 - rows.Last % 64);
+  return WalkColumnTiles(AArea, [&](const TTile& ATile, int32_t AIndex, TTileRows ARows) {
+    const int64_t base = AArea.IndexOf(AArea.FirstCol, AIndex * kTileRows + 1);
+    const TCellSlot* slot = ATile.Slots() + ATile.Rank(ARows.First);
+    for (uint32_t word = ARows.First / 64; word <= ARows.Last / 64; ++word) {
+      uint64_t bits = ATile.Occupied[word];
+      if (word == ARows.First / 64) bits &= ~uint64_t{0} << (ARows.First % 64);
+      if (word == ARows.Last / 64) bits &= ~uint64_t{0} >> (63 - ARows.Last % 64);
       for (; bits != 0; bits &= bits - 1) {
         if (!ACollector.Slot(base + word * 64 + std::countr_zero(bits), *slot++)) return false;
       }
     }
-  }
-  return true;
+    return true;
+  });
 }
 
 /// A column's tile in a strip of 256 rows and its next slot.
